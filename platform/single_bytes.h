@@ -1,0 +1,48 @@
+#pragma once
+
+/// Single bytes by the locale of the calling thread. A byte from 0x80 up is handed to the C library
+/// as an unsigned value, never as a negative one.
+namespace platform {
+
+bool isspace(char byte) noexcept;
+bool ispunct(char byte) noexcept;
+bool iscntrl(char byte) noexcept;
+bool isdigit(char byte) noexcept;
+bool isalnum(char byte) noexcept;
+bool isalpha(char byte) noexcept;
+bool isupper(char byte) noexcept;
+bool islower(char byte) noexcept;
+char toupper(char byte) noexcept;
+char tolower(char byte) noexcept;
+
+/// One class of the locale for a walk over many bytes: taken once, then a load a byte. Good until
+/// the locale changes.
+class ByteClass {
+public:
+    static ByteClass Space() noexcept;
+    static ByteClass Punctuation() noexcept;
+    static ByteClass Control() noexcept;
+    static ByteClass Digit() noexcept;
+    static ByteClass AlNum() noexcept;
+    static ByteClass Alpha() noexcept;
+    static ByteClass Upper() noexcept;
+    static ByteClass Lower() noexcept;
+
+    bool Has(char byte) const noexcept {
+        return (table_[static_cast<unsigned char>(byte)] & mask_) != 0;
+    }
+
+private:
+    ByteClass(const unsigned short* table, unsigned short mask) : table_(table), mask_(mask) {}
+
+    const unsigned short* table_;
+    unsigned short mask_;
+};
+
+/// Whether every byte of [first, last) is in the class.
+bool all_in_class(ByteClass members, const char* first, const char* last) noexcept;
+
+/// Drops every byte of the class from [first, last), closes the gaps, gives the new end.
+char* remove_class(ByteClass members, char* first, char* last) noexcept;
+
+}  // namespace platform

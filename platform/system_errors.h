@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+
+namespace platform {
+
+/// The calling thread's last error code.
+std::uint32_t GetLastError() noexcept;
+
+/// Writes the system's text for the code and a terminator into `size` bytes; the result is its
+/// length. 0, and nothing written, if the system has none or it does not fit.
+int FormatMessageA(std::uint32_t code, char* buffer, int size) noexcept;
+
+}  // namespace platform
