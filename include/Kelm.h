@@ -1,0 +1,1193 @@
+#ifndef KELM_H
+#define KELM_H
+
+/// @file
+/// Text values that are cheap to copy: `Kelm` for narrow text in the process's multi-byte code page,
+/// `WString` for 16-bit text, and `Kelm::Token`, which walks a narrow text word by word.
+///
+/// ## A text
+///
+/// A value is one pointer wide and never null. It converts to a terminated text for free.
+///
+///     Kelm name("Ada");
+///     std::puts(name);                       // the conversion costs nothing
+///
+/// Narrow and wide text do the same under the same names; `WString` has no formatting of its own in
+/// its public part, no tokens, no character classes and no similarity.
+///
+///     WString wide(name);                    // decoded from the process's code page
+///     Kelm back = wide.ToKelm();             // and encoded again
+///
+/// ## Sharing
+///
+/// A copy takes a reference to the same block: one atomic increment, no character moved. Whoever
+/// writes first leaves the block with a copy of its own.
+///
+///     Kelm a("text"), b(a);                  // one block
+///     b.Append('!');                         // b moves; a still reads "text"
+///
+/// ## Length, capacity and NUL
+///
+/// Lengths, capacities and indexes are `int`, count storage units (bytes in `Kelm`, 16-bit units in
+/// `WString`) and start at 0. The length is kept, so a text may hold NUL; operations that take a
+/// terminated pointer end at its first NUL, and each member says which kind it is.
+///
+///     Kelm bytes("a\0b", 3);                 // length 3
+///     Kelm upToNul("a\0b");                  // length 1
+///
+/// A block has exactly the capacity that was asked for. Appending beyond it makes a new block of
+/// exactly the new length, so reserve room first where the size is known, and give it back after.
+///
+///     Kelm line;
+///     line.GetBuffer(200);                   // capacity 200, length 0
+///     line.Append("built without a new block for each piece");
+///     line.FreeExtra();                      // capacity equals the length
+///
+/// The largest capacity is 2147483634 bytes in `Kelm` and 1073741816 units in `WString`. More than
+/// that, like exhausted memory, is `std::bad_alloc`.
+///
+/// ## Formatting
+///
+/// `Format` replaces the text, `AppendFormat` continues it, `FromFormat` makes a new value. The
+/// language is that of `printf` with its own size prefixes: `I64` for 64-bit integers, `h` and `l`
+/// for narrow and wide text. A value must be passed as a pointer: write `text.constBuffer()`.
+///
+///     Kelm report = Kelm::FromFormat("%-8s %5.1f %%", name.constBuffer(), 99.5);
+///     report.AppendFormat(" of %I64d", 5000000000LL);
+///
+/// ## Code pages
+///
+/// Narrow text means what the codeset of the current locale says; in the C and POSIX locales that is
+/// UTF-8. Other code pages are named by number, 0 being the process's own. The library reads the
+/// locale and never sets it.
+///
+///     WString sign = WString::FromCodePage("\x83\x4a", 932);  // one unit, U+30AB
+///     Kelm utf8 = sign.ToKelm(65001);                         // three bytes
+///
+/// ## Threads
+///
+/// Two values may be used on two threads even while they share a block. One value may be read, and
+/// copied from, by several threads as long as none modifies it.
+///
+/// ## Failure
+///
+/// Searches that find nothing give -1, numbers that cannot be read give 0. A broken precondition is
+/// a failed assertion: in every build it prints the expression, file and line to stderr and aborts.
+/// Exhausted memory is `std::bad_alloc` and leaves the value as its member says; where nothing is
+/// said, the value is unchanged.
+
+#include <cstdarg>
+#include <cstdint>
+
+#define KELM_API __attribute__((visibility("default")))
+
+/// Header of a narrow block; the characters lie directly behind it.
+struct KelmData {
+    std::int32_t nRefs;         ///< holders; -1 in a locked block and in the static empty one
+    std::int32_t nDataLength;   ///< length in bytes, terminator not counted
+    std::int32_t nAllocLength;  ///< capacity in bytes, terminator not counted
+};
+
+/// Header of a wide block; the units lie directly behind it.
+struct WStringData {
+    std::int32_t nRefs;         ///< holders; -1 in the static empty block
+    std::int32_t nDataLength;   ///< length in units, terminator not counted
+    std::int32_t nAllocLength;  ///< capacity in units, terminator not counted
+};
+
+/// Narrow text in the process's multi-byte code page.
+class KELM_API Kelm {
+public:
+    class Token;
+
+    /// @name Constructors
+    /// @{
+
+    /// The empty text. No allocation.
+    Kelm();
+
+    /// Shares the block of `stringSrc`: one atomic increment. A locked source is copied up to its
+    /// first NUL instead.
+    Kelm(const Kelm& stringSrc) {
+        KelmData* pData = stringSrc.GetData();
+        if (__atomic_load_n(&pData->nRefs, __ATOMIC_ACQUIRE) > 0) {
+            __atomic_add_fetch(&pData->nRefs, 1, __ATOMIC_SEQ_CST);
+            m_pchData = stringSrc.m_pchData;
+            return;
+        }
+        CopyUnshared(stringSrc);
+    }
+
+    /// Takes over the block of the source, which is empty afterwards. A lock moves along.
+    Kelm(Kelm&& stringSrc) noexcept;
+
+    /// Copies the text up to its first NUL. A null pointer gives the empty text.
+    Kelm(const char* pchText);
+
+    /// Copies `nLength` bytes, NULs included. 0 or less gives the empty text without reading the
+    /// pointer.
+    Kelm(const char* pchText, int nLength);
+
+    /// Copies the text up to its first NUL. The pointer must not be null.
+    Kelm(const unsigned char* pchText);
+
+    /// Gives up the block; the last holder frees it.
+    ~Kelm() {
+        KelmData* pData = GetData();
+        std::int32_t nRefs = __atomic_load_n(&pData->nRefs, __ATOMIC_ACQUIRE);
+        if (nRefs <= 0) {
+            DestroyUnshared();
+        } else if (nRefs == 1 || __atomic_sub_fetch(&pData->nRefs, 1, __ATOMIC_SEQ_CST) <= 0) {
+            FreeData(pData);
+        }
+    }
+
+    /// @}
+    /// @name Assignment and clearing
+    /// @{
+
+    /// Shares the block of `stringSrc`. If either side is locked, or the source has no block, the
+    /// whole text is copied instead: into this value's block where it is not shared and has room, so
+    /// that a lock and the address stay. Without memory for the copy the text is empty.
+    Kelm& operator=(const Kelm& stringSrc);
+
+    /// Takes over the block of the source, which is empty afterwards. Moving a value onto itself
+    /// leaves it empty.
+    Kelm& operator=(Kelm&& stringSrc) noexcept;
+
+    /// One byte becomes the text; NUL gives a text of length 1. Uses the present block where it is
+    /// not shared and has room. Without memory the text is empty.
+    Kelm& operator=(char ch);
+
+    /// Copies the text up to its first NUL; it may be part of this value's own. The pointer must not
+    /// be null. Uses the present block where it is not shared and has room. Without memory the text
+    /// is empty.
+    Kelm& operator=(const char* pchText);
+
+    /// As for `const char*`.
+    Kelm& operator=(const unsigned char* pchText);
+
+    /// Makes the text empty and gives up the block. A locked block stays, locked, and so does a
+    /// block without text.
+    void Empty();
+
+    /// Gives up the block in every case; a lock ends.
+    void Release();
+
+    /// @}
+    /// @name Reading
+    /// @{
+
+    /// Length in bytes, terminator not counted.
+    int GetLength() const { return GetData()->nDataLength; }
+
+    /// Capacity in bytes, terminator not counted.
+    int GetAllocLength() const { return GetData()->nAllocLength; }
+
+    /// Bytes of the text without its terminator.
+    int GetByteLength() const { return GetData()->nDataLength; }
+
+    /// Whether the length is 0.
+    bool IsEmpty() const { return GetData()->nDataLength == 0; }
+
+    /// The terminated text, never null. Good until the value is modified or destroyed.
+    const char* constBuffer() const { return m_pchData; }
+
+    /// The same as `constBuffer`.
+    operator const char*() const { return m_pchData; }
+
+    /// The byte at an index from 0 to the length, where the terminator stands. Not tested.
+    char GetAt(int nIndex) const { return m_pchData[nIndex]; }
+
+    /// The same as `GetAt`; a value, not a reference.
+    char operator[](int nIndex) const { return GetAt(nIndex); }
+
+    /// The first byte, NUL in an empty text.
+    char Char() const { return *m_pchData; }
+
+    /// Stores one byte. Asserts that the index is within the text. A shared block is left first.
+    void SetAt(int nIndex, char ch);
+
+    /// @}
+    /// @name Direct access to the buffer
+    /// @{
+
+    /// A writable pointer to the text with room for at least `nMinBufLength` bytes and a terminator;
+    /// asserts that this is not negative. A shared block is left, one that is too small is replaced
+    /// (a lock ends then), any other is kept. Text and length stay. Call `ReleaseBuffer` when the
+    /// writing is done, and nothing else in between.
+    char* GetBuffer(int nMinBufLength);
+
+    /// Sets the length after writing; -1 measures up to the first NUL. Asserts that the length is
+    /// within the capacity, which stays.
+    void ReleaseBuffer(int nNewLength = -1);
+
+    /// `GetBuffer` and the length in one. Bytes between the old length and the new one are undefined.
+    char* GetBufferSetLength(int nNewLength);
+
+    /// Gives spare capacity back by moving to a block of exactly the length; a lock ends then. Does
+    /// nothing without spare capacity.
+    void FreeExtra();
+
+    /// A writable pointer to a block that is not shared from now on: copies of the value are made
+    /// by copying the text. The pointer stays good until the lock ends: by `UnlockBuffer`, `Release`,
+    /// a move, or an operation that needs more capacity. Locks are not counted.
+    char* LockBuffer();
+
+    /// Ends the lock. Asserts that the value is locked or has no block.
+    void UnlockBuffer();
+
+    /// @}
+    /// @name Concatenation
+    /// Appends in place where the block is not shared and has room; otherwise moves to a block of
+    /// exactly the new length. The argument may be the value itself or part of it. A pointer must
+    /// not be null and counts up to its first NUL; values and characters count whole, NULs included.
+    /// @{
+
+    Kelm& Append(const Kelm& string);       ///< Appends the text.
+    Kelm& Append(char ch);                  ///< Appends one byte, NUL included.
+    Kelm& Append(const char* pchText);      ///< Appends up to the first NUL.
+    Kelm& operator+=(const Kelm& string);   ///< The same as `Append`.
+    Kelm& operator+=(char ch);              ///< The same as `Append`.
+    Kelm& operator+=(const char* pchText);  ///< The same as `Append`.
+    Kelm& operator<<(const Kelm& string);   ///< The same as `Append`.
+    Kelm& operator<<(char ch);              ///< The same as `Append`.
+    Kelm& operator<<(const char* pchText);  ///< The same as `Append`.
+
+    /// @}
+    /// @name Searching
+    /// Positions are byte indexes from 0; -1 means not found. Searches walk by character, so a byte
+    /// inside a longer character is not found by itself, and end at the first NUL at or behind their
+    /// start. A null text finds nothing, a null set is empty. Linear; no allocation but in `NCFind`.
+    /// @{
+
+    /// First character that is this byte, at or behind `nStart`. NUL is found at the end of a text
+    /// that is not empty. A negative start counts as 0.
+    int Find(char ch, int nStart) const;
+    int Find(char ch) const;  ///< The same from 0.
+
+    /// First occurrence of the text at or behind `nStart`. An empty text is found at the start, up to
+    /// the length. A negative start counts as 0.
+    int Find(const char* pchText, int nStart) const;
+    int Find(const char* pchText) const;  ///< The same from 0.
+
+    /// Last character that is this byte; NUL is found at the end.
+    int ReverseFind(char ch) const;
+
+    /// First character that occurs in the set.
+    int FindOneOf(const char* pchSet) const;
+
+    /// First character that is this byte, both upper-cased.
+    int NCFind(char ch) const;
+
+    /// First occurrence of the text, both sides upper-cased; null counts as empty. May copy both
+    /// sides.
+    int NCFind(const char* pchText) const;
+
+    /// Bytes equal to `ch` in the whole text, those inside longer characters and NULs included.
+    int Count(char ch) const;
+
+    /// Occurrences of the text that do not overlap, from the left; 0 for an empty text.
+    int Count(const char* pchText) const;
+
+    /// @}
+    /// @name Extraction
+    /// Bounds are clamped. The whole text comes out shared, at the cost of a copy; a piece has a
+    /// block of exactly its length. Counts are bytes, and a piece may cut a character.
+    /// @{
+
+    /// `nCount` bytes from `nFirst`. A negative `nFirst` counts as 0 and does not shorten the count.
+    Kelm Mid(int nFirst, int nCount) const;
+    Kelm Mid(int nFirst) const;   ///< Everything from `nFirst`.
+    Kelm Left(int nCount) const;  ///< The first bytes.
+    Kelm Right(int nCount) const;  ///< The last bytes.
+
+    /// The beginning made only of characters of the set, up to the first NUL. A null set is empty.
+    Kelm SpanIncluding(const char* pchSet) const;
+
+    /// The beginning that holds no character of the set, up to the first NUL. A null set is empty.
+    Kelm SpanExcluding(const char* pchSet) const;
+
+    /// @}
+    /// @name Case, reversal and trimming
+    /// In place, in a block that is private afterwards even where nothing changed; the capacity
+    /// stays. They work up to the first NUL and by the process's locale. A set must not lie in the
+    /// value's own text.
+    /// @{
+
+    void MakeUpper();    ///< Upper-cases every character whose width that keeps.
+    void MakeLower();    ///< Lower-cases every character whose width that keeps.
+    void MakeReverse();  ///< Reverses the order of the characters, which stay whole.
+
+    void TrimRight();                    ///< Drops white space at the end.
+    void TrimRight(char ch);             ///< Drops the run of this character at the end.
+    void TrimRight(const char* pchSet);  ///< Drops characters of the set at the end.
+    void TrimLeft();                     ///< Drops white space at the start.
+    void TrimLeft(char ch);              ///< Drops the run of this character at the start.
+    /// Drops characters of the set at the start. An empty set changes nothing, a shared block
+    /// included.
+    void TrimLeft(const char* pchSet);
+
+    /// A copy without white space at both ends, in a block of its own.
+    Kelm Trim() const;
+
+    /// @}
+    /// @name Replacement
+    /// @{
+
+    /// Puts one byte in the place of every character that is `chOld`; the result is their number. The
+    /// block is private afterwards unless both are equal.
+    int Replace(char chOld, char chNew);
+
+    /// Replaces every occurrence, from the left and without overlap, in front of and behind NULs. A
+    /// null replacement is an empty one; an empty or null search text finds nothing. The result is
+    /// the number of occurrences; 0 leaves the value untouched. Works in place where the block is
+    /// not shared and the result fits, else in a new block of exactly the result's length. Neither
+    /// text may lie in the value's own. Linear.
+    int Replace(const char* pchOld, const char* pchNew);
+
+    /// Replaces every occurrence, case ignored, one exact form of it at a time and that form
+    /// everywhere, inserted text included: the result is the sum of those replacements and can
+    /// exceed the number of occurrences. Stops before a step that would grow the text beyond 16
+    /// times what replacing every unit would give, at least 65,536 bytes. Without memory what is
+    /// replaced by then stays replaced.
+    int NCReplace(const char* pchOld, const char* pchNew);
+
+    /// @}
+    /// @name Removal
+    /// The result is the number removed. The class and character forms work on every byte, also
+    /// inside longer characters, in place in a block that is private afterwards.
+    /// @{
+
+    int Remove(const char* pchText);  ///< Removes every occurrence, as `Replace` finds them.
+    int Remove(char ch);              ///< Removes every byte equal to `ch`.
+    int RemoveSpace();                ///< Removes every byte of white space.
+    int RemovePunctuation();          ///< Removes every byte of punctuation.
+    int RemoveControl();              ///< Removes every control byte, NUL included.
+
+    /// Removes every occurrence, case ignored, until none is left: those that a removal forms as
+    /// well. Ends at the first NUL. The value moves to a block of exactly its length.
+    int NCRemove(const char* pchText);
+    int NCRemove(char ch);  ///< The same for one character; NUL removes nothing.
+
+    /// @}
+    /// @name Structural edits
+    /// Indexes and counts are bytes. In place where the block is not shared and has room.
+    /// @{
+
+    /// Inserts one byte and gives the new length. The index is clamped to the text.
+    int Insert(int nIndex, char ch);
+
+    /// Inserts a text, which must not lie in the value's own, and gives the new length. The index is
+    /// clamped to the text. An empty text changes nothing.
+    int Insert(int nIndex, const char* pchText);
+
+    /// Deletes up to `nCount` bytes and gives the length before that. A negative index counts as 0.
+    int Delete(int nIndex, int nCount);
+
+    /// Replaces the text by `nCount` times this byte; 0 or less makes it empty.
+    void Repeat(char ch, int nCount);
+
+    /// Appends `nCount` times the text, which must not lie in the value's own. Asserts that the count
+    /// is not negative, unless the text is empty.
+    void Repeat(const char* pchText, int nCount);
+
+    /// A new value of `nCount` times this byte; 0 or less gives the empty text.
+    static Kelm FromRepeat(char ch, int nCount);
+
+    Kelm operator--();     ///< Drops the last byte; the result is the value after that.
+    Kelm operator--(int);  ///< Drops the last byte; the result is the value before that.
+
+    /// Replaces each tab up to the first NUL by spaces up to the next multiple of `nWidth`, counted
+    /// from the start of the text and not of the line; the result is the number of tabs. A width of
+    /// 0 or less removes them. With a tab the value moves to a block of exactly its length.
+    int ReplaceTabs(int nWidth);
+
+    /// @}
+    /// @name Formatting
+    /// The format must be terminated and not null; neither it nor a text argument may lie in the
+    /// value's own block. Conversions: `d i u o x X` (prefix `I64` for 64 bits), `e f g G`, `p`,
+    /// `c s` (narrow; wide with `l`), `C S` (wide; narrow with `h`), `n` (writes nothing), with the
+    /// flags, widths and precisions of `printf`. Anything else fails an assertion, and so do a
+    /// negative width and precision. The capacity afterwards is an estimate, often larger than the
+    /// text; `FreeExtra` gives the rest back.
+    /// @{
+
+    /// Replaces the text.
+    void Format(const char* pchFormat, ...);
+    void FormatV(const char* pchFormat, va_list argList);  ///< As `Format`.
+
+    /// Appends to the text up to its first NUL.
+    void AppendFormat(const char* pchFormat, ...);
+    void AppendFormatV(const char* pchFormat, va_list argList);  ///< As `AppendFormat`.
+
+    /// A new value.
+    static Kelm FromFormat(const char* pchFormat, ...);
+
+    /// The formatted text, a tag with the error code in decimal and hexadecimal, and the system's
+    /// text for the code, if it has one and that fits into 2048 bytes with the rest. Code 0 stands
+    /// for `errno`.
+    void FormatMsg(std::uint32_t nError, const char* pchFormat, ...);
+
+    /// @}
+    /// @name Values
+    /// Reading never fails: what is no number gives 0. Numbers end at the first character that does
+    /// not belong to them.
+    /// @{
+
+    /// With a decimal digit anywhere in the text: whether `Int` is not 0. Without one: whether the
+    /// trimmed text is "true", "on" or "yes" in any case.
+    bool Bool() const;
+
+    /// The decimal number at the start; where that is 0, the hexadecimal one, with or without "0x".
+    /// Beyond the type's range: its limit.
+    int Int() const;
+    std::int32_t Long() const;   ///< As `Int`.
+    long long Int64() const;     ///< As `Int`, with 64 bits.
+
+    /// The decimal floating-point number at the start, with the locale's decimal point.
+    double Double() const;
+
+    /// The reading member for the type: `int`, `unsigned int`, `long`, `unsigned long`, `long long`,
+    /// `unsigned long long`, `double`, `float`, `bool`. Unsigned types take the same bits, so -1
+    /// gives their largest value; `unsigned long` takes 32 of them.
+    template <class T>
+    T To() const = delete;
+
+    /// The digits of the number. Capacity 32.
+    static Kelm From(int nValue);
+    static Kelm From(long nValue);                ///< As for `int`, every digit.
+    static Kelm From(unsigned int nValue);        ///< As for `int`.
+    static Kelm From(unsigned long nValue);       ///< As for `int`, every digit.
+    static Kelm From(long long nValue);           ///< As for `int`.
+    static Kelm From(unsigned long long nValue);  ///< As for `int`.
+
+    /// The number with six significant digits, as "%g" prints it. Capacity 128.
+    static Kelm From(double dValue);
+
+    /// @}
+    /// @name Character classes
+    /// Byte by byte by the process's locale, without multi-byte walking. Of an empty text all are
+    /// true. The index must lie from 0 to the length, where the terminator gives false.
+    /// @{
+
+    bool IsDigit() const;            ///< Whether all bytes are decimal digits.
+    bool IsDigit(int nIndex) const;  ///< Whether this byte is a decimal digit.
+    bool IsAlNum() const;            ///< Whether all bytes are letters or digits.
+    bool IsAlNum(int nIndex) const;  ///< Whether this byte is a letter or digit.
+    bool IsAlpha() const;            ///< Whether all bytes are letters.
+    bool IsAlpha(int nIndex) const;  ///< Whether this byte is a letter.
+    bool IsUpper() const;            ///< Whether all bytes are upper-case letters.
+    bool IsUpper(int nIndex) const;  ///< Whether this byte is an upper-case letter.
+    bool IsLower() const;            ///< Whether all bytes are lower-case letters.
+    bool IsLower(int nIndex) const;  ///< Whether this byte is a lower-case letter.
+    bool IsSpace() const;            ///< Whether all bytes are white space.
+    bool IsSpace(int nIndex) const;  ///< Whether this byte is white space.
+
+    /// @}
+    /// @name Comparison
+    /// Negative, 0 or positive as this text sorts before, with or behind the other. Both end at
+    /// their first NUL. No allocation but in `CollateNoCase`.
+    /// @{
+
+    /// By character value: bytes as unsigned numbers, longer characters above single bytes. A null
+    /// pointer gives 1.
+    int Compare(const char* pchText) const;
+    int CompareNoCase(const char* pchText) const;  ///< The same with letters in lower case.
+
+    /// By the collation of the process's locale. The pointer must not be null.
+    int Collate(const char* pchText) const;
+    int CollateNoCase(const char* pchText) const;  ///< The same with case ignored.
+
+    /// @}
+    /// @name Similarity
+    /// @{
+
+    /// How much of this text occurs in the other in the same order: the length of their longest
+    /// common subsequence of bytes divided by the length of this text, from 0 to 1. 0 if either is
+    /// empty. The pointer must not be null and counts up to its first NUL. Time is the product of
+    /// the lengths, 64 steps at once; memory is linear.
+    float Similar(const char* pchText) const;
+    float Similar(const Kelm& string) const;  ///< The same over the whole of both texts.
+
+    /// @}
+    /// @name Delimited fields
+    /// A text with k delimiters has k + 1 elements, numbered from 0. Every byte equal to the
+    /// delimiter separates, also inside a longer character; there is no quoting.
+    /// @{
+
+    /// The elements `nFirst` to `nLast` with the delimiters between them. A negative `nLast` stands
+    /// for the last element of the text. Elements beyond the text are empty, so their delimiters
+    /// show. A negative `nFirst`, or one above `nLast`, gives the empty text.
+    Kelm Elements(int nFirst, int nLast, char chDelimiter) const;
+
+    /// One element; empty where the text has none of that number. Walks from the start: to visit
+    /// every element, walk with `Find` and `Mid`.
+    Kelm Element(int nElement, char chDelimiter) const;
+
+    /// Number of the first element with this text, or -1. Null is found nowhere.
+    int IndexOfElement(const char* pchText, char chDelimiter) const;
+    int IndexOfElement(double dValue, char chDelimiter) const;  ///< The same by `Double`.
+    int IndexOfElement(int nValue, char chDelimiter) const;     ///< The same by `Int`.
+    int IndexOfElement(char ch, char chDelimiter) const;        ///< The same by `Char`.
+    int IndexOfElement(bool bValue, char chDelimiter) const;    ///< The same by `Bool`.
+
+    /// @}
+    /// @name Character sets
+    /// @{
+
+    /// Re-encodes the text in place from the process's code page to another. False, and nothing
+    /// changed, for an empty text and an unknown code page. What cannot be expressed is replaced.
+    /// The text ends at its first NUL.
+    bool ToCharacterSet(unsigned int nCodePage);
+    bool FromCharacterSet(unsigned int nCodePage);  ///< The same in the other direction.
+
+    /// @}
+
+protected:
+    /// @name Block primitives
+    /// @{
+
+    /// Points at the static empty block; what was held is dropped, not released.
+    void Init();
+
+    KelmData* GetData() const { return reinterpret_cast<KelmData*>(m_pchData) - 1; }
+
+    /// A new private block of this length and capacity, its bytes undefined; the empty block for 0.
+    /// What was held is dropped, not released. Asserts 0 <= `nLen` < INT_MAX.
+    void AllocBuffer(int nLen);
+
+    static void FreeData(KelmData* pData);  ///< Gives a block back to the allocator.
+
+    /// Gives up one reference to a block that no value points at any more.
+    static void Release(KelmData* pData);
+
+    void CopyBeforeWrite();            ///< Leaves a shared block, text retained.
+    void AllocBeforeWrite(int nLen);   ///< A private block with this room, text not retained.
+
+    /// Replaces the text by `nLen` bytes, which may be part of the value's own.
+    void AssignCopy(int nLen, const char* pchText);
+
+    /// Makes `dest`, which is dropped and not released, a copy of `nCopyLen` bytes from `nCopyIndex`
+    /// with `nExtraLen` undefined bytes behind them.
+    void AllocCopy(Kelm& dest, int nCopyLen, int nCopyIndex, int nExtraLen) const;
+
+    void MoveAssign(Kelm& stringSrc);  ///< Takes over the block; the source is empty afterwards.
+
+    /// Makes this value, which is dropped and not released, the two runs in a row.
+    void ConcatCopy(int nLen1, const char* pch1, int nLen2, const char* pch2);
+
+    void ConcatInPlace(int nLen, const char* pchText);  ///< Appends the run.
+
+    /// @}
+    /// @name Formatting
+    /// @{
+
+    /// The allowance for the formatted text in bytes, terminator not counted. For most conversions
+    /// a fixed number; not a bound.
+    static int GetFormattedLength(const char* pchFormat, va_list argList);
+
+    /// Prints the whole text and a terminator; the result is its length.
+    static int VFormat(char* pchDest, const char* pchFormat, va_list argList);
+
+    /// @}
+
+    char* m_pchData;  ///< First character of the text, never null.
+
+private:
+    void CopyUnshared(const Kelm& stringSrc);
+    void DestroyUnshared();
+    void FormatAt(int nIndex, const char* pchFormat, va_list argList);
+    void SetLength(int nLen);
+    void Grow(int nNewLength);
+    bool Recode(unsigned int nFrom, unsigned int nTo);
+    static Kelm FromDigits(const char* pchDigits, int nLength, int nCapacity);
+};
+
+template <>
+KELM_API int Kelm::To<int>() const;
+template <>
+KELM_API unsigned int Kelm::To<unsigned int>() const;
+template <>
+KELM_API long Kelm::To<long>() const;
+template <>
+KELM_API unsigned long Kelm::To<unsigned long>() const;
+template <>
+KELM_API long long Kelm::To<long long>() const;
+template <>
+KELM_API unsigned long long Kelm::To<unsigned long long>() const;
+template <>
+KELM_API double Kelm::To<double>() const;
+template <>
+KELM_API float Kelm::To<float>() const;
+template <>
+KELM_API bool Kelm::To<bool>() const;
+
+/// @name Joining narrow text
+/// A new value with a block of exactly the sum of the lengths, never shared with an operand.
+/// Pointers must not be null.
+/// @{
+KELM_API Kelm operator+(const Kelm& string1, const Kelm& string2);
+KELM_API Kelm operator+(const Kelm& string, char ch);
+KELM_API Kelm operator+(char ch, const Kelm& string);
+KELM_API Kelm operator+(const Kelm& string, const char* pchText);
+KELM_API Kelm operator+(const char* pchText, const Kelm& string);
+/// @}
+
+/// @name Ordering narrow text
+/// By `Kelm::Compare`: case counts, collation does not, and each side ends at its first NUL. A null
+/// pointer sorts below every value.
+/// @{
+KELM_API bool operator==(const Kelm& string1, const Kelm& string2);
+KELM_API bool operator==(const Kelm& string, const char* pchText);
+KELM_API bool operator==(const char* pchText, const Kelm& string);
+KELM_API bool operator!=(const Kelm& string1, const Kelm& string2);
+KELM_API bool operator!=(const Kelm& string, const char* pchText);
+KELM_API bool operator!=(const char* pchText, const Kelm& string);
+KELM_API bool operator<(const Kelm& string1, const Kelm& string2);
+KELM_API bool operator<(const Kelm& string, const char* pchText);
+KELM_API bool operator<(const char* pchText, const Kelm& string);
+KELM_API bool operator<=(const Kelm& string1, const Kelm& string2);
+KELM_API bool operator<=(const Kelm& string, const char* pchText);
+KELM_API bool operator<=(const char* pchText, const Kelm& string);
+KELM_API bool operator>(const Kelm& string1, const Kelm& string2);
+KELM_API bool operator>(const Kelm& string, const char* pchText);
+KELM_API bool operator>(const char* pchText, const Kelm& string);
+KELM_API bool operator>=(const Kelm& string1, const Kelm& string2);
+KELM_API bool operator>=(const Kelm& string, const char* pchText);
+KELM_API bool operator>=(const char* pchText, const Kelm& string);
+/// @}
+
+/// Walks a narrow text and hands out its words, quoted strings, delimited fields or lines.
+///
+/// A cursor, not a container: the source must outlive it and stay unchanged, or `Restart` must be
+/// called. It stands on the first token from the start, so read before you step:
+///
+///     for (Kelm::Token token(text); token; ++token) {
+///         use(token.Current());
+///     }
+///
+/// and by lines the other way about: `while (token.NextLine()) use(token.Current());`.
+///
+/// A token is a run of bytes without white space, punctuation (`_` is none) and bytes from 0x80 to
+/// 0xFE; or one such punctuation mark or byte; or what stands between two equal quotes, single or
+/// double. The byte behind a token is stepped over unseen. Positions are byte indexes, the text ends
+/// at its first NUL. Walking allocates nothing.
+class KELM_API Kelm::Token {
+public:
+    /// Stands on the first token of the source. With `bSkipPunctuation`, tokens that begin with
+    /// punctuation are left out.
+    Token(const Kelm& strSource, bool bSkipPunctuation = false);
+
+    /// Moves to the next token; false at the end of the text.
+    bool Next();
+
+    /// The same, but only `chDelimiter`, white space and bytes from 0x80 to 0xFE end a word, and
+    /// punctuation is never left out.
+    bool Next(char chDelimiter);
+
+    /// Moves to the next line; runs of CR and LF are one separator. A line that directly follows a
+    /// token begins where that token began. False once the last line was handed out.
+    bool NextLine();
+
+    /// The token's text; empty if there is none. One allocation.
+    Kelm Current() const;
+    operator Kelm() const;    ///< The same as `Current`.
+    Kelm operator()() const;  ///< The same as `Current`.
+
+    /// Whether the end of the text has not been reached.
+    operator bool() const;
+
+    /// Whether a token of at least one byte is in hand.
+    bool IsValid() const;
+
+    void operator++();     ///< The same as `Next`.
+    void operator++(int);  ///< The same as `Next`.
+
+    /// Whether tokens that begin with punctuation are left out from the next `Next` on; the result
+    /// is the old value.
+    bool SkipPunctuation(bool bSkip);
+
+    /// Takes up the source afresh and moves to its first token.
+    void Restart();
+
+    /// Forgets the position. `Restart` begins anew.
+    void Clear();
+
+protected:
+    /// First byte at or behind `nStart` that is no white space, or -1 at the end of the text.
+    int FindWhitespace(int nStart) const;
+
+    /// First byte at or behind `nStart` equal to `ch`, or -1 at the end of the text.
+    int FindChar(int nStart, char ch) const;
+
+private:
+    class Classes;
+    bool NextToken(const Classes& classes, char chDelimiter);
+
+    const Kelm& m_strSource;
+    const char* m_pchText;
+    int m_nStart;
+    int m_nEnd;
+    int m_nNext;
+    bool m_bMore;
+    int m_nLength;
+    bool m_bSkipPunctuation;
+};
+
+/// Wide text: 16-bit units. Its members are the mirror of `Kelm`'s; where a member says nothing
+/// here, what is said there holds, with units in the place of bytes.
+class KELM_API WString {
+public:
+    /// @name Constructors
+    /// @{
+
+    /// The empty text. No allocation.
+    WString();
+
+    /// Shares the block of `stringSrc`: one atomic increment.
+    WString(const WString& stringSrc) {
+        WStringData* pData = stringSrc.GetData();
+        if (__atomic_load_n(&pData->nRefs, __ATOMIC_ACQUIRE) > 0) {
+            __atomic_add_fetch(&pData->nRefs, 1, __ATOMIC_SEQ_CST);
+            m_pchData = stringSrc.m_pchData;
+            return;
+        }
+        CopyUnshared(stringSrc);
+    }
+
+    /// Takes over the block of the source, which is empty afterwards.
+    WString(WString&& stringSrc) noexcept;
+
+    /// Copies the text up to its first NUL. A null pointer gives the empty text.
+    WString(const char16_t* pchText);
+    WString(char16_t* pchText);  ///< As for `const char16_t*`.
+
+    /// Decodes the whole text from the process's code page. Empty if that fails.
+    WString(const Kelm& string);
+
+    /// Decodes the text up to its first NUL from the process's code page. A null pointer gives the
+    /// empty text.
+    WString(const char* pchText);
+
+    /// Gives up the block; the last holder frees it.
+    ~WString() {
+        WStringData* pData = GetData();
+        std::int32_t nRefs = __atomic_load_n(&pData->nRefs, __ATOMIC_ACQUIRE);
+        if (nRefs <= 0) {
+            DestroyUnshared();
+        } else if (nRefs == 1 || __atomic_sub_fetch(&pData->nRefs, 1, __ATOMIC_SEQ_CST) <= 0) {
+            FreeData(pData);
+        }
+    }
+
+    /// @}
+    /// @name Assignment and clearing
+    /// @{
+
+    /// Shares the block of `stringSrc`. From a source without a block the text becomes empty, in
+    /// this value's block where it is not shared.
+    WString& operator=(const WString& stringSrc);
+
+    /// Takes over the block of the source, which is empty afterwards. Moving a value onto itself
+    /// leaves it empty.
+    WString& operator=(WString&& stringSrc) noexcept;
+
+    /// One unit becomes the text; NUL gives a text of length 1. Without memory the text is empty.
+    WString& operator=(char16_t ch);
+
+    /// Copies the text up to its first NUL; it may be part of this value's own. The pointer must not
+    /// be null. Uses the present block where it is not shared and has room. Without memory the text
+    /// is empty.
+    WString& operator=(const char16_t* pchText);
+
+    /// Decodes the whole text from the process's code page; the value is unchanged without memory.
+    WString& operator=(const Kelm& string);
+
+    /// Makes the text empty and gives up the block. A block without text stays.
+    void Empty();
+
+    /// Gives up the block in every case.
+    void Release();
+
+    /// @}
+    /// @name Reading
+    /// @{
+
+    /// Length in units, terminator not counted.
+    int GetLength() const { return GetData()->nDataLength; }
+
+    /// Capacity in units, terminator not counted.
+    int GetAllocLength() const { return GetData()->nAllocLength; }
+
+    /// Bytes of the text without its terminator: twice the length.
+    int GetByteLength() const {
+        return GetData()->nDataLength * static_cast<int>(sizeof(char16_t));
+    }
+
+    /// Whether the length is 0.
+    bool IsEmpty() const { return GetData()->nDataLength == 0; }
+
+    /// The terminated text, never null. Good until the value is modified or destroyed.
+    const char16_t* constBuffer() const { return m_pchData; }
+
+    /// The same as `constBuffer`.
+    operator const char16_t*() const { return m_pchData; }
+
+    /// The unit at an index from 0 to the length, where the terminator stands. Not tested.
+    char16_t GetAt(int nIndex) const { return m_pchData[nIndex]; }
+
+    /// The same as `GetAt`; a value, not a reference.
+    char16_t operator[](int nIndex) const { return GetAt(nIndex); }
+
+    /// The first unit, NUL in an empty text.
+    char16_t Char() const { return *m_pchData; }
+
+    /// Stores one unit. Asserts that the index is within the text. A shared block is left first.
+    void SetAt(int nIndex, char16_t ch);
+
+    /// @}
+    /// @name Direct access to the buffer
+    /// @{
+
+    /// A writable pointer to the text with room for at least `nMinBufLength` units and a terminator;
+    /// asserts that this is not negative. A shared block is left, one that is too small is replaced,
+    /// any other is kept. Text and length stay. Call `ReleaseBuffer` when the writing is done, and
+    /// nothing else in between.
+    char16_t* GetBuffer(int nMinBufLength);
+
+    /// Sets the length after writing; -1 measures up to the first NUL. Asserts that the length is
+    /// within the capacity, which stays.
+    void ReleaseBuffer(int nNewLength = -1);
+
+    /// `GetBuffer` and the length in one. Units between the old length and the new one are undefined.
+    char16_t* GetBufferSetLength(int nNewLength);
+
+    /// Gives spare capacity back by moving to a block of exactly the length. Does nothing without
+    /// spare capacity.
+    void FreeExtra();
+
+    /// @}
+    /// @name Concatenation
+    /// Appends in place where the block is not shared and has room; otherwise moves to a block of
+    /// exactly the new length. The argument may be the value itself or part of it. A wide pointer
+    /// must not be null; pointers count up to their first NUL, values and characters whole.
+    /// @{
+
+    WString& Append(const WString& string);       ///< Appends the text.
+    WString& Append(char16_t ch);                 ///< Appends one unit, NUL included.
+    WString& Append(const char16_t* pchText);     ///< Appends up to the first NUL.
+    WString& operator+=(const WString& string);   ///< The same as `Append`.
+    WString& operator+=(char16_t ch);             ///< The same as `Append`.
+    WString& operator+=(const char16_t* pchText);  ///< The same as `Append`.
+    WString& operator<<(const WString& string);   ///< The same as `Append`.
+    WString& operator<<(char16_t ch);             ///< The same as `Append`.
+    WString& operator<<(const char16_t* pchText);  ///< The same as `Append`.
+
+    /// @}
+    /// @name Concatenation of narrow text and numbers
+    /// The argument is decoded or written in digits first; without memory for that the value is
+    /// unchanged.
+    /// @{
+
+    WString& Append(const Kelm& string);        ///< Appends the decoded text.
+    WString& operator+=(const Kelm& string);    ///< Appends the decoded text.
+    WString& operator<<(const Kelm& string);    ///< Appends the decoded text.
+    WString& operator<<(const char* pchText);   ///< Appends the decoded text; null appends nothing.
+    WString& operator<<(short nValue);          ///< Appends the digits.
+    WString& operator<<(unsigned short nValue);  ///< Appends the digits.
+    WString& operator<<(int nValue);            ///< Appends the digits.
+    WString& operator<<(unsigned int nValue);   ///< Appends the digits.
+    WString& operator<<(long nValue);           ///< Appends the digits.
+
+    /// @}
+    /// @name Searching
+    /// Positions are unit indexes from 0; -1 means not found. A surrogate pair is two units. Searches
+    /// end at the first NUL at or behind their start. A null text finds nothing, a null set is empty.
+    /// Linear.
+    /// @{
+
+    /// First unit equal to `ch` at or behind `nStart`. NUL is found at the end of a text that is not
+    /// empty. A negative start counts as 0.
+    int Find(char16_t ch, int nStart) const;
+    int Find(char16_t ch) const;  ///< The same from 0.
+
+    /// First occurrence of the text at or behind `nStart`. An empty text is found at the start, up to
+    /// the length. A negative start counts as 0.
+    int Find(const char16_t* pchText, int nStart) const;
+    int Find(const char16_t* pchText) const;  ///< The same from 0.
+
+    /// Last unit equal to `ch`; NUL is found at the end.
+    int ReverseFind(char16_t ch) const;
+
+    /// First unit that occurs in the set.
+    int FindOneOf(const char16_t* pchSet) const;
+
+    /// First unit equal to `ch`, both upper-cased.
+    int NCFind(char16_t ch) const;
+
+    /// First occurrence of the text, both sides upper-cased; null counts as empty.
+    int NCFind(const char16_t* pchText) const;
+
+    /// Units equal to `ch` in the whole text, NULs included.
+    int Count(char16_t ch) const;
+
+    /// Occurrences of the text that do not overlap, from the left; 0 for an empty text.
+    int Count(const char16_t* pchText) const;
+
+    /// @}
+    /// @name Extraction
+    /// Bounds are clamped. The whole text comes out shared, at the cost of a copy; a piece has a
+    /// block of exactly its length. Counts are units, and a piece may cut a surrogate pair.
+    /// @{
+
+    /// `nCount` units from `nFirst`. A negative `nFirst` counts as 0 and does not shorten the count.
+    WString Mid(int nFirst, int nCount) const;
+    WString Mid(int nFirst) const;    ///< Everything from `nFirst`.
+    WString Left(int nCount) const;   ///< The first units.
+    WString Right(int nCount) const;  ///< The last units.
+
+    /// @}
+    /// @name Case, reversal and trimming
+    /// In place, in a block that is private afterwards even where nothing changed; the capacity
+    /// stays. They work up to the first NUL and by the process's locale. A set must not lie in the
+    /// value's own text.
+    /// @{
+
+    void MakeUpper();    ///< Upper-cases every unit.
+    void MakeLower();    ///< Lower-cases every unit.
+    void MakeReverse();  ///< Reverses the order of the units.
+
+    void TrimRight();                        ///< Drops white space at the end.
+    void TrimRight(char16_t ch);             ///< Drops the run of this unit at the end.
+    void TrimRight(const char16_t* pchSet);  ///< Drops units of the set at the end.
+    void TrimLeft();                         ///< Drops white space at the start.
+    void TrimLeft(char16_t ch);              ///< Drops the run of this unit at the start.
+    /// Drops units of the set at the start. An empty set changes nothing, a shared block included.
+    void TrimLeft(const char16_t* pchSet);
+
+    /// A copy without white space at both ends, in a block of its own.
+    WString Trim() const;
+
+    /// @}
+    /// @name Replacement
+    /// @{
+
+    /// Puts one unit in the place of every unit equal to `chOld`; the result is their number. The
+    /// block is private afterwards unless both are equal.
+    int Replace(char16_t chOld, char16_t chNew);
+
+    /// Replaces every occurrence, from the left and without overlap, in front of and behind NULs. A
+    /// null replacement is an empty one; an empty or null search text finds nothing. The result is
+    /// the number of occurrences; 0 leaves the value untouched. Works in place where the block is
+    /// not shared and the result fits, else in a new block of exactly the result's length. Neither
+    /// text may lie in the value's own. Linear.
+    int Replace(const char16_t* pchOld, const char16_t* pchNew);
+
+    /// @}
+    /// @name Removal
+    /// The result is the number removed. The class and character forms work in place in a block that
+    /// is private afterwards.
+    /// @{
+
+    int Remove(const char16_t* pchText);  ///< Removes every occurrence, as `Replace` finds them.
+    int Remove(char16_t ch);              ///< Removes every unit equal to `ch`.
+    int RemoveSpace();                    ///< Removes every unit of white space.
+    int RemovePunctuation();              ///< Removes every unit of punctuation.
+    int RemoveControl();                  ///< Removes every control unit, NUL included.
+
+    /// Removes every occurrence, case ignored, until none is left: those that a removal forms as
+    /// well. Ends at the first NUL. The value moves to a block of exactly its length.
+    int NCRemove(const char16_t* pchText);
+    int NCRemove(char16_t ch);  ///< The same for one unit; NUL removes nothing.
+
+    /// @}
+    /// @name Structural edits
+    /// @{
+
+    /// A new value of `nCount` times this unit; 0 or less gives the empty text.
+    static WString FromRepeat(char16_t ch, int nCount);
+
+    /// @}
+    /// @name Values
+    /// Reading never fails: what is no number gives 0. Numbers end at the first character that does
+    /// not belong to them.
+    /// @{
+
+    /// With a decimal digit anywhere in the text: whether `Int` is not 0. Without one: whether the
+    /// trimmed text is "true", "on" or "yes" in any case.
+    bool Bool() const;
+
+    /// The decimal number at the start; where that is 0, the hexadecimal one, with or without "0x".
+    /// Beyond the type's range: its limit.
+    int Int() const;
+    std::int32_t Long() const;  ///< As `Int`.
+    long long Int64() const;    ///< As `Int`, with 64 bits.
+
+    /// The decimal floating-point number at the start, with the locale's decimal point.
+    double Double() const;
+
+    /// The digits of the number. Capacity 32.
+    static WString From(int nValue);
+    static WString From(long nValue);                ///< As for `int`, every digit.
+    static WString From(unsigned int nValue);        ///< As for `int`.
+    static WString From(unsigned long nValue);       ///< As for `int`, every digit.
+    static WString From(long long nValue);           ///< As for `int`.
+    static WString From(unsigned long long nValue);  ///< As for `int`.
+
+    /// The number with six significant digits, as "%g" prints it. Capacity 128.
+    static WString From(double dValue);
+
+    /// @}
+    /// @name Comparison
+    /// Negative, 0 or positive as this text sorts before, with or behind the other. Both end at
+    /// their first NUL; a null pointer gives 1. No allocation.
+    /// @{
+
+    int Compare(const char16_t* pchText) const;        ///< By unsigned units.
+    int CompareNoCase(const char16_t* pchText) const;  ///< By units in lower case.
+
+    /// @}
+    /// @name Delimited fields
+    /// A text with k delimiters has k + 1 elements, numbered from 0. There is no quoting.
+    /// @{
+
+    /// The elements `nFirst` to `nLast` with the delimiters between them. A negative `nLast` stands
+    /// for the last element of the text. Elements beyond the text are empty, so their delimiters
+    /// show. A negative `nFirst`, or one above `nLast`, gives the empty text.
+    WString Elements(int nFirst, int nLast, char16_t chDelimiter) const;
+
+    /// One element; empty where the text has none of that number.
+    WString Element(int nElement, char16_t chDelimiter) const;
+
+    /// @}
+    /// @name Code pages
+    /// Code page 0 is the process's own. A result has exactly its length as capacity; it is empty for
+    /// an empty text and for an unknown code page. What a code page does not define decodes to
+    /// U+FFFD; what it cannot express encodes to `?`, in UTF-8 to U+FFFD.
+    /// @{
+
+    /// Decodes the whole text.
+    static WString FromCodePage(const Kelm& string, unsigned int nCodePage);
+
+    /// Decodes the text up to its first NUL. The pointer must not be null.
+    static WString FromCodePage(const char* pchText, unsigned int nCodePage);
+
+    Kelm ToKelm() const;                        ///< Encodes the whole text for the process.
+    Kelm ToKelm(unsigned int nCodePage) const;  ///< Encodes the whole text.
+
+    /// @}
+
+protected:
+    /// @name Block primitives
+    /// @{
+
+    /// Points at the static empty block; what was held is dropped, not released.
+    void Init();
+
+    WStringData* GetData() const { return reinterpret_cast<WStringData*>(m_pchData) - 1; }
+
+    /// A new private block of this length and capacity, its units undefined; the empty block for 0.
+    /// What was held is dropped, not released. Asserts 0 <= `nLen` < INT_MAX.
+    void AllocBuffer(int nLen);
+
+    static void FreeData(WStringData* pData);  ///< Gives a block back to the allocator.
+
+    /// Gives up one reference to a block that no value points at any more.
+    static void Release(WStringData* pData);
+
+    void CopyBeforeWrite();           ///< Leaves a shared block, text retained.
+    void AllocBeforeWrite(int nLen);  ///< A private block with this room, text not retained.
+
+    /// Replaces the text by `nLen` units, which may be part of the value's own.
+    void AssignCopy(int nLen, const char16_t* pchText);
+
+    /// Makes `dest`, which is dropped and not released, a copy of `nCopyLen` units from `nCopyIndex`
+    /// with `nExtraLen` undefined units behind them.
+    void AllocCopy(WString& dest, int nCopyLen, int nCopyIndex, int nExtraLen) const;
+
+    void MoveAssign(WString& stringSrc);  ///< Takes over the block; the source is empty afterwards.
+
+    /// Makes this value, which is dropped and not released, the two runs in a row.
+    void ConcatCopy(int nLen1, const char16_t* pch1, int nLen2, const char16_t* pch2);
+
+    void ConcatInPlace(int nLen, const char16_t* pchText);  ///< Appends the run.
+
+    /// @}
+    /// @name Formatting
+    /// As in `Kelm`, where `s` and `c` mean wide and `S` and `C` narrow text.
+    /// @{
+
+    /// The allowance for the formatted text in units, terminator not counted.
+    static int GetFormattedLength(const char16_t* pchFormat, va_list argList);
+
+    /// Prints the whole text and a terminator; the result is its length.
+    static int VFormat(char16_t* pchDest, const char16_t* pchFormat, va_list argList);
+
+    void Format(const char16_t* pchFormat, ...);                    ///< Replaces the text.
+    void FormatV(const char16_t* pchFormat, va_list argList);       ///< As `Format`.
+    void AppendFormat(const char16_t* pchFormat, ...);              ///< Appends to the text.
+    void AppendFormatV(const char16_t* pchFormat, va_list argList);  ///< As `AppendFormat`.
+    static WString FromFormat(const char16_t* pchFormat, ...);      ///< A new value.
+
+    /// @}
+
+    /// Decodes `nLength` bytes.
+    static WString _FromCodePage(const char* pchText, int nLength, unsigned int nCodePage);
+
+    char16_t* m_pchData;  ///< First unit of the text, never null.
+
+private:
+    void CopyUnshared(const WString& stringSrc);
+    void DestroyUnshared();
+    void FormatAt(int nIndex, const char16_t* pchFormat, va_list argList);
+    void SetLength(int nLen);
+    void Grow(int nNewLength);
+    static WString FromDigits(const char16_t* pchDigits, int nLength, int nCapacity);
+};
+
+/// @name Joining wide text
+/// A new value with a block of exactly the sum of the lengths, never shared with an operand. Wide
+/// pointers must not be null.
+/// @{
+KELM_API WString operator+(const WString& string1, const WString& string2);
+KELM_API WString operator+(const WString& string, char16_t ch);
+KELM_API WString operator+(char16_t ch, const WString& string);
+KELM_API WString operator+(const WString& string, const char16_t* pchText);
+KELM_API WString operator+(const char16_t* pchText, const WString& string);
+/// @}
+
+/// @name Joining narrow text to wide text
+/// The right operand is decoded from the process's code page; a null pointer counts as empty. There
+/// is no form with narrow text on the left.
+/// @{
+KELM_API WString operator+(const WString& string, const char* pchText);
+KELM_API WString operator+(const WString& string1, const Kelm& string2);
+WString operator+(const char* pchText, const WString& string) = delete;
+WString operator+(const Kelm& string1, const WString& string2) = delete;
+/// @}
+
+/// @name Ordering wide text
+/// By `WString::Compare`; each side ends at its first NUL. A null pointer sorts below every value.
+/// @{
+KELM_API bool operator==(const WString& string1, const WString& string2);
+KELM_API bool operator==(const WString& string, const char16_t* pchText);
+KELM_API bool operator==(const char16_t* pchText, const WString& string);
+KELM_API bool operator!=(const WString& string1, const WString& string2);
+KELM_API bool operator!=(const WString& string, const char16_t* pchText);
+KELM_API bool operator!=(const char16_t* pchText, const WString& string);
+KELM_API bool operator<(const WString& string1, const WString& string2);
+KELM_API bool operator<(const WString& string, const char16_t* pchText);
+KELM_API bool operator<(const char16_t* pchText, const WString& string);
+KELM_API bool operator<=(const WString& string1, const WString& string2);
+KELM_API bool operator<=(const WString& string, const char16_t* pchText);
+KELM_API bool operator<=(const char16_t* pchText, const WString& string);
+KELM_API bool operator>(const WString& string1, const WString& string2);
+KELM_API bool operator>(const WString& string, const char16_t* pchText);
+KELM_API bool operator>(const char16_t* pchText, const WString& string);
+KELM_API bool operator>=(const WString& string1, const WString& string2);
+KELM_API bool operator>=(const WString& string, const char16_t* pchText);
+KELM_API bool operator>=(const char16_t* pchText, const WString& string);
+/// @}
+
+#endif
