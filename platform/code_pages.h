@@ -1,8 +1,11 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 
 namespace platform {
+
+struct PageTables;
 
 /// How the bytes of a code page group into characters.
 enum class Grouping : unsigned char {
@@ -14,10 +17,11 @@ enum class Grouping : unsigned char {
 
 /// One row per code page: the only place where numbers, names and lead bytes meet.
 struct CodePage {
-    unsigned int number;          ///< 0 in the row of a codeset without a number
+    unsigned int number;  ///< 0 in the row of a codeset without a number
     Grouping grouping;
-    const char* converter;        ///< name for iconv; null for a codeset without a number
-    const bool* leadBytes;        ///< 256 entries when DoubleByte, null otherwise
+    const char* converter;  ///< name for iconv; null only when there was no memory for a name
+    const bool* leadBytes;  ///< 256 entries when DoubleByte, null otherwise
+    std::atomic<const PageTables*>* tables;  ///< where conversion keeps what it built for the page
 
     bool IsLead(unsigned char byte) const { return leadBytes[byte]; }
 };
