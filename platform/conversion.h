@@ -2,17 +2,56 @@
 
 namespace platform {
 
+struct CodePage;
+
 /// Decodes `length` bytes of the code page (0: the process's) into 16-bit units. With a
 /// `destinationSize` of 0 nothing is written and the result is the number of units needed;
 /// otherwise they are written and the result is their number. 0 for an unknown code page, a length
-/// of 0 or less, a destination that is too small, or without memory for the page's table. What the
-/// page does not define becomes U+FFFD. No terminator is read, written or counted.
+/// of 0 or less, a destination that is too small, a result longer than an `int` counts, or without
+/// memory for the page's table. What the page does not define becomes U+FFFD. No terminator is
+/// read, written or counted. `errno` stays as it was.
 int MultiByteToWideChar(unsigned int codePage, const char* source, int length,
                         char16_t* destination, int destinationSize) noexcept;
 
-/// The same in the other direction, in bytes. What cannot be expressed becomes `?`; an unpaired
-/// surrogate becomes EF BF BD in UTF-8.
+/// The same in the other direction, in bytes. What cannot be expressed becomes `?`, one for a
+/// surrogate pair; an unpaired surrogate becomes EF BF BD in UTF-8.
 int WideCharToMultiByte(unsigned int codePage, const char16_t* source, int length,
                         char* destination, int destinationSize) noexcept;
+
+/// The two calls of MultiByteToWideChar, size and text, as one object, so that the page is looked
+/// up and the text checked once. The source must stay unchanged until the text is written.
+class Decoding {
+public:
+    Decoding(unsigned int codePage, const char* source, int length) noexcept;
+
+    /// What the first call returns.
+    int Size() const { return size_; }
+
+    /// Writes `Size()` units. Returns `Size()`, or 0 if there was no memory for a converter.
+    int Write(char16_t* destination) const noexcept;
+
+private:
+    const CodePage* page_;
+    const char* source_;
+    int length_;
+    int size_ = 0;
+    bool isSimple_ = false;  // in UTF-8: known to be well-formed
+};
+
+/// The same for WideCharToMultiByte.
+class Encoding {
+public:
+    Encoding(unsigned int codePage, const char16_t* source, int length) noexcept;
+
+    int Size() const { return size_; }
+
+    int Write(char* destination) const noexcept;
+
+private:
+    const CodePage* page_;
+    const char16_t* source_;
+    int length_;
+    int size_ = 0;
+};
 
 }  // namespace platform
