@@ -2,9 +2,32 @@ add_library(kelm_warnings INTERFACE)
 target_compile_options(kelm_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
     $<$<BOOL:${KELM_WERROR}>:-Werror>)
 
-# What a delivered library is built with: direct calls inside it, and the usual hardening.
+# The whole tree is instrumented or none of it: a sanitizer misses what passes through plain code.
+set(KELM_INSTRUMENT "" CACHE STRING "\"coverage\", or sanitizers as -fsanitize takes them")
+if(KELM_INSTRUMENT STREQUAL "coverage")
+    add_compile_options(--coverage)
+    add_link_options(--coverage)
+elseif(KELM_INSTRUMENT)
+    add_compile_options(-fsanitize=${KELM_INSTRUMENT} -fno-sanitize-recover=all
+        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${KELM_INSTRUMENT})
+endif()
+
+# What a delivered library is built with: direct calls inside it, and the usual hardening. A
+# sanitizer brings its own checks of the fortified functions and leaves its own names undefined.
 add_library(kelm_delivery INTERFACE)
 target_compile_options(kelm_delivery INTERFACE -fno-semantic-interposition -fstack-protector-strong
-    -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=
-    $<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
-target_link_options(kelm_delivery INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack -Wl,--no-undefined-version)
+    -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+target_link_options(kelm_delivery INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack
+    -Wl,-Bsymbolic-functions,--as-needed)
+if(NOT KELM_INSTRUMENT)
+    target_compile_options(kelm_delivery INTERFACE
+        $<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+    target_link_options(kelm_delivery INTERFACE -Wl,-z,defs)
+endif()
+
+# `operator new[]` may give null where a client has replaced it. The compilers assume it never does
+# and would drop the test for it.
+add_library(kelm_check_new INTERFACE)
+target_compile_options(kelm_check_new INTERFACE
+    $<IF:$<CXX_COMPILER_ID:GNU>,-fcheck-new,-fno-delete-null-pointer-checks>)

@@ -1,19 +1,13 @@
 # The locales of the tests, made from the distribution's sources into the build folder; programs
-# find them by LOCPATH.
-set(KELM_LOCALE_DIR ${PROJECT_BINARY_DIR}/locales)
-find_program(KELM_LOCALEDEF localedef REQUIRED)
+# find them by LOCPATH. Build folders may share them, as the presets do.
+set(KELM_LOCALE_DIR ${PROJECT_BINARY_DIR}/locales CACHE PATH "Where the locales are made")
 
 set(kelm_locale_stamps)
 function(kelm_add_locale name source charmap)
-    set(stamp ${KELM_LOCALE_DIR}/${name}.stamp)
-    # localedef exits with 1 for warnings alone (Shift_JIS has no backslash), so what counts is
-    # whether the locale is there.
-    add_custom_command(OUTPUT ${stamp}
-        COMMAND ${CMAKE_COMMAND} -E make_directory ${KELM_LOCALE_DIR}
-        COMMAND sh -c "${KELM_LOCALEDEF} --quiet --no-archive --force -i ${source} -f ${charmap} ${KELM_LOCALE_DIR}/${name} || test -f ${KELM_LOCALE_DIR}/${name}/LC_CTYPE"
-        COMMAND ${CMAKE_COMMAND} -E touch ${stamp}
-        VERBATIM)
-    list(APPEND kelm_locale_stamps ${stamp})
+    set(locale ${KELM_LOCALE_DIR}/${name})
+    add_custom_command(OUTPUT ${locale}.stamp VERBATIM
+        COMMAND ${PROJECT_SOURCE_DIR}/cmake/make_locale.sh ${locale} ${source} ${charmap})
+    list(APPEND kelm_locale_stamps ${locale}.stamp)
     set(kelm_locale_stamps ${kelm_locale_stamps} PARENT_SCOPE)
 endfunction()
 

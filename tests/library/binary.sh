@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# What must hold of the built library besides its names. Usage: binary.sh LIBRARY OBJECT...
+set -euo pipefail
+library=$1
+shift
+failed=0
+reject() { # reject WHAT TEXT: a text that is not empty is a finding
+    [[ -z $2 ]] || { printf '%s:\n%s\n' "$1" "$2"; failed=1; }
+}
+
+sections=$(readelf -SW "$@")
+dynamic=$(readelf -dW "$library")
+segments=$(readelf -lW "$library")
+
+# Loading and unloading do no work: the only entries are the start-up files' own.
+reject "initialisers in the objects" "$(grep -E '\.(init|fini)_array|\.[cd]tors' <<<"$sections" || true)"
+reject "work at exit" "$(nm -A "$@" | grep -E '_GLOBAL__sub_[ID]|__cxa_(thread_)?atexit' || true)"
+reject "initialisers in the library" "$(grep -E '(INIT|FINI)_ARRAYSZ' <<<"$dynamic" | grep -v ' 8 (bytes)' || true)"
+
+reject "libraries besides the compiler's and the C library's" \
+    "$(grep NEEDED <<<"$dynamic" | grep -vE 'lib(stdc\+\+|m|c|gcc_s)\.so|ld-linux' || true)"
+reject "a name that moves with the release" "$(grep SONAME <<<"$dynamic" | grep -vF '[libkelm.so.1]' || true)"
+reject "an executable stack" "$(grep GNU_STACK <<<"$segments" | grep E || true)"
+grep -q GNU_RELRO <<<"$segments" || reject "hardening" "no read-only relocations"
+grep -q BIND_NOW <<<"$dynamic" || reject "hardening" "lazy binding"
+exit $failed
