@@ -5,7 +5,7 @@ target_compile_options(kelm_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconver
 # The whole tree is instrumented or none of it: a sanitizer misses what passes through plain code.
 set(KELM_INSTRUMENT "" CACHE STRING "\"coverage\", or sanitizers as -fsanitize takes them")
 if(KELM_INSTRUMENT STREQUAL "coverage")
-    add_compile_options(--coverage)
+    add_compile_options(--coverage -fprofile-update=atomic)
     add_link_options(--coverage)
 elseif(KELM_INSTRUMENT)
     add_compile_options(-fsanitize=${KELM_INSTRUMENT} -fno-sanitize-recover=all
