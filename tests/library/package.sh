@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Installs, moves what was installed, and uses it from there as a client does by CMake and by
-# pkg-config. Usage: package.sh CMAKE BUILD_FOLDER COMPILER
+# pkg-config. Usage: package.sh CMAKE GENERATOR BUILD_FOLDER COMPILER
 set -euo pipefail
-cmake=$1 build=$2 compiler=$3
+cmake=$1 generator=$2 build=$3 compiler=$4
 consumer=$(cd "$(dirname "$0")/consumer" && pwd)
 work=$build/package
 rm -rf "$work"
@@ -13,7 +13,7 @@ mv "$work/installed" "$work/moved"
 libdir=$(dirname "$(find "$work/moved" -name libkelm.so)")
 
 configure() { # configure FOLDER [OPTION...]
-    "$cmake" -S "$consumer" -B "$work/$1" -DCMAKE_PREFIX_PATH="$work/moved" \
+    "$cmake" -G "$generator" -S "$consumer" -B "$work/$1" -DCMAKE_PREFIX_PATH="$work/moved" \
         -DCMAKE_CXX_COMPILER="$compiler" "${@:2}"
 }
 
