@@ -205,14 +205,14 @@ constexpr CodesetName kOtherNames[] = {
     {"TIS-620", 874},
 };
 
-constinit std::atomic<const PageTables*> tableSlots[kPageCount];
+constinit PageTables pageTables[kPageCount];
 
 constexpr std::array<CodePage, kPageCount> kRows = [] {
     std::array<CodePage, kPageCount> rows{};
     for (std::size_t i = 0; i < kPageCount; ++i) {
         const Page& page = kPages[i];
         rows[i] = {page.number, page.grouping, page.converter,
-                   page.leads != nullptr ? page.leads->is : nullptr, &tableSlots[i]};
+                   page.leads != nullptr ? page.leads->is : nullptr, &pageTables[i]};
     }
     return rows;
 }();
@@ -255,7 +255,7 @@ constexpr const CodePage* kUtf8 = row_of(65001);
 struct MetCodeset {
     Codeset codeset;
     CodePage row;
-    std::atomic<const PageTables*> tables;
+    PageTables tables;
     MetCodeset* next;
 };
 
@@ -318,7 +318,7 @@ const Codeset* find_codeset(const char* name) {
 
 // For a codeset without a number that there was no memory to remember.
 const CodePage* nameless_row() {
-    static constinit std::atomic<const PageTables*> none;
+    static constinit PageTables none;
     static constexpr CodePage kSingle{0, Grouping::SingleByte, nullptr, nullptr, &none};
     static constexpr CodePage kOther{0, Grouping::Other, nullptr, nullptr, &none};
     return current_grouping() == Grouping::SingleByte ? &kSingle : &kOther;

@@ -5,7 +5,14 @@
 
 namespace platform {
 
-struct PageTables;
+struct DecodeTable;
+struct EncodeTable;
+
+/// What conversion built for a page on first use; stays for ever.
+struct PageTables {
+    std::atomic<const DecodeTable*> decode;
+    std::atomic<const EncodeTable*> encode;
+};
 
 /// How the bytes of a code page group into characters.
 enum class Grouping : unsigned char {
@@ -21,7 +28,7 @@ struct CodePage {
     Grouping grouping;
     const char* converter;  ///< name for iconv; null only when there was no memory for a name
     const bool* leadBytes;  ///< 256 entries when DoubleByte, null otherwise
-    std::atomic<const PageTables*>* tables;  ///< where conversion keeps what it built for the page
+    PageTables* tables;
 
     bool IsLead(unsigned char byte) const { return leadBytes[byte]; }
 };

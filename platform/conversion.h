@@ -35,7 +35,7 @@ private:
     const char* source_;
     int length_;
     int size_ = 0;
-    bool isSimple_ = false;  // in UTF-8: known to be well-formed
+    bool isWellFormed_ = false;  // in UTF-8
 };
 
 /// The same for WideCharToMultiByte.
