@@ -2,8 +2,8 @@
 #define KELM_H
 
 /// @file
-/// Text values that are cheap to copy: `Kelm` for narrow text in the process's multi-byte code page,
-/// `WString` for 16-bit text, and `Kelm::Token`, which walks a narrow text word by word.
+/// Text values that are cheap to copy: `Kelm` for narrow text in the process's multi-byte code
+/// page, `WString` for 16-bit text, and `Kelm::Token`, which walks a narrow text word by word.
 ///
 /// ## A text
 ///
@@ -57,8 +57,8 @@
 ///
 /// ## Code pages
 ///
-/// Narrow text means what the codeset of the current locale says; in the C and POSIX locales that is
-/// UTF-8. Other code pages are named by number, 0 being the process's own. The library reads the
+/// Narrow text means what the codeset of the current locale says; in the C and POSIX locales that
+/// is UTF-8. Other code pages are named by number, 0 being the process's own. The library reads the
 /// locale and never sets it.
 ///
 ///     WString sign = WString::FromCodePage("\x83\x4a", 932);  // one unit, U+30AB
@@ -147,8 +147,8 @@ public:
     /// @{
 
     /// Shares the block of `stringSrc`. If either side is locked, or the source has no block, the
-    /// whole text is copied instead: into this value's block where it is not shared and has room, so
-    /// that a lock and the address stay. Without memory for the copy the text is empty.
+    /// whole text is copied instead: into this value's block where it is not shared and has room,
+    /// so that a lock and the address stay. Without memory for the copy the text is empty.
     Kelm& operator=(const Kelm& stringSrc);
 
     /// Takes over the block of the source, which is empty afterwards. Moving a value onto itself
@@ -159,9 +159,9 @@ public:
     /// not shared and has room. Without memory the text is empty.
     Kelm& operator=(char ch);
 
-    /// Copies the text up to its first NUL; it may be part of this value's own. The pointer must not
-    /// be null. Uses the present block where it is not shared and has room. Without memory the text
-    /// is empty.
+    /// Copies the text up to its first NUL; it may be part of this value's own. The pointer must
+    /// not be null. Uses the present block where it is not shared and has room. Without memory the
+    /// text is empty.
     Kelm& operator=(const char* pchText);
 
     /// As for `const char*`.
@@ -212,17 +212,18 @@ public:
     /// @name Direct access to the buffer
     /// @{
 
-    /// A writable pointer to the text with room for at least `nMinBufLength` bytes and a terminator;
-    /// asserts that this is not negative. A shared block is left, one that is too small is replaced
-    /// (a lock ends then), any other is kept. Text and length stay. Call `ReleaseBuffer` when the
-    /// writing is done, and nothing else in between.
+    /// A writable pointer to the text with room for at least `nMinBufLength` bytes and a
+    /// terminator; asserts that this is not negative. A shared block is left, one that is too small
+    /// is replaced (a lock ends then), any other is kept. Text and length stay. Call
+    /// `ReleaseBuffer` when the writing is done, and nothing else in between.
     char* GetBuffer(int nMinBufLength);
 
     /// Sets the length after writing; -1 measures up to the first NUL. Asserts that the length is
     /// within the capacity, which stays.
     void ReleaseBuffer(int nNewLength = -1);
 
-    /// `GetBuffer` and the length in one. Bytes between the old length and the new one are undefined.
+    /// `GetBuffer` and the length in one. Bytes between the old length and the new one are
+    /// undefined.
     char* GetBufferSetLength(int nNewLength);
 
     /// Gives spare capacity back by moving to a block of exactly the length; a lock ends then. Does
@@ -230,8 +231,8 @@ public:
     void FreeExtra();
 
     /// A writable pointer to a block that is not shared from now on: copies of the value are made
-    /// by copying the text. The pointer stays good until the lock ends: by `UnlockBuffer`, `Release`,
-    /// a move, or an operation that needs more capacity. Locks are not counted.
+    /// by copying the text. The pointer stays good until the lock ends: by `UnlockBuffer`,
+    /// `Release`, a move, or an operation that needs more capacity. Locks are not counted.
     char* LockBuffer();
 
     /// Ends the lock. Asserts that the value is locked or has no block.
@@ -241,7 +242,8 @@ public:
     /// @name Concatenation
     /// Appends in place where the block is not shared and has room; otherwise moves to a block of
     /// exactly the new length. The argument may be the value itself or part of it. A pointer must
-    /// not be null and counts up to its first NUL; values and characters count whole, NULs included.
+    /// not be null and counts up to its first NUL; values and characters count whole, NULs
+    /// included.
     /// @{
 
     Kelm& Append(const Kelm& string);       ///< Appends the text.
@@ -257,8 +259,9 @@ public:
     /// @}
     /// @name Searching
     /// Positions are byte indexes from 0; -1 means not found. Searches walk by character, so a byte
-    /// inside a longer character is not found by itself, and end at the first NUL at or behind their
-    /// start. A null text finds nothing, a null set is empty. Linear; no allocation but in `NCFind`.
+    /// inside a longer character is not found by itself, and end at the first NUL at or behind
+    /// their start. A null text finds nothing, a null set is empty. Linear; no allocation but in
+    /// `NCFind`.
     /// @{
 
     /// First character that is this byte, at or behind `nStart`. NUL is found at the end of a text
@@ -266,8 +269,8 @@ public:
     int Find(char ch, int nStart) const;
     int Find(char ch) const;  ///< The same from 0.
 
-    /// First occurrence of the text at or behind `nStart`. An empty text is found at the start, up to
-    /// the length. A negative start counts as 0.
+    /// First occurrence of the text at or behind `nStart`. An empty text is found at the start, up
+    /// to the length. A negative start counts as 0.
     int Find(const char* pchText, int nStart) const;
     int Find(const char* pchText) const;  ///< The same from 0.
 
@@ -296,10 +299,11 @@ public:
     /// block of exactly its length. Counts are bytes, and a piece may cut a character.
     /// @{
 
-    /// `nCount` bytes from `nFirst`. A negative `nFirst` counts as 0 and does not shorten the count.
+    /// `nCount` bytes from `nFirst`. A negative `nFirst` counts as 0 and does not shorten the
+    /// count.
     Kelm Mid(int nFirst, int nCount) const;
-    Kelm Mid(int nFirst) const;   ///< Everything from `nFirst`.
-    Kelm Left(int nCount) const;  ///< The first bytes.
+    Kelm Mid(int nFirst) const;    ///< Everything from `nFirst`.
+    Kelm Left(int nCount) const;   ///< The first bytes.
     Kelm Right(int nCount) const;  ///< The last bytes.
 
     /// The beginning made only of characters of the set, up to the first NUL. A null set is empty.
@@ -335,8 +339,8 @@ public:
     /// @name Replacement
     /// @{
 
-    /// Puts one byte in the place of every character that is `chOld`; the result is their number. The
-    /// block is private afterwards unless both are equal.
+    /// Puts one byte in the place of every character that is `chOld`; the result is their number.
+    /// The block is private afterwards unless both are equal.
     int Replace(char chOld, char chNew);
 
     /// Replaces every occurrence, from the left and without overlap, in front of and behind NULs. A
@@ -378,8 +382,8 @@ public:
     /// Inserts one byte and gives the new length. The index is clamped to the text.
     int Insert(int nIndex, char ch);
 
-    /// Inserts a text, which must not lie in the value's own, and gives the new length. The index is
-    /// clamped to the text. An empty text changes nothing.
+    /// Inserts a text, which must not lie in the value's own, and gives the new length. The index
+    /// is clamped to the text. An empty text changes nothing.
     int Insert(int nIndex, const char* pchText);
 
     /// Deletes up to `nCount` bytes and gives the length before that. A negative index counts as 0.
@@ -388,8 +392,8 @@ public:
     /// Replaces the text by `nCount` times this byte; 0 or less makes it empty.
     void Repeat(char ch, int nCount);
 
-    /// Appends `nCount` times the text, which must not lie in the value's own. Asserts that the count
-    /// is not negative, unless the text is empty.
+    /// Appends `nCount` times the text, which must not lie in the value's own. Asserts that the
+    /// count is not negative, unless the text is empty.
     void Repeat(const char* pchText, int nCount);
 
     /// A new value of `nCount` times this byte; 0 or less gives the empty text.
@@ -442,15 +446,15 @@ public:
     /// The decimal number at the start; where that is 0, the hexadecimal one, with or without "0x".
     /// Beyond the type's range: its limit.
     int Int() const;
-    std::int32_t Long() const;   ///< As `Int`.
-    long long Int64() const;     ///< As `Int`, with 64 bits.
+    std::int32_t Long() const;  ///< As `Int`.
+    long long Int64() const;    ///< As `Int`, with 64 bits.
 
     /// The decimal floating-point number at the start, with the locale's decimal point.
     double Double() const;
 
-    /// The reading member for the type: `int`, `unsigned int`, `long`, `unsigned long`, `long long`,
-    /// `unsigned long long`, `double`, `float`, `bool`. Unsigned types take the same bits, so -1
-    /// gives their largest value; `unsigned long` takes 32 of them.
+    /// The reading member for the type: `int`, `unsigned int`, `long`, `unsigned long`, `long
+    /// long`, `unsigned long long`, `double`, `float`, `bool`. Unsigned types take the same bits,
+    /// so -1 gives their largest value; `unsigned long` takes 32 of them.
     template <class T>
     T To() const = delete;
 
@@ -562,14 +566,14 @@ protected:
     /// Gives up one reference to a block that no value points at any more.
     static void Release(KelmData* pData);
 
-    void CopyBeforeWrite();            ///< Leaves a shared block, text retained.
-    void AllocBeforeWrite(int nLen);   ///< A private block with this room, text not retained.
+    void CopyBeforeWrite();           ///< Leaves a shared block, text retained.
+    void AllocBeforeWrite(int nLen);  ///< A private block with this room, text not retained.
 
     /// Replaces the text by `nLen` bytes, which may be part of the value's own.
     void AssignCopy(int nLen, const char* pchText);
 
-    /// Makes `dest`, which is dropped and not released, a copy of `nCopyLen` bytes from `nCopyIndex`
-    /// with `nExtraLen` undefined bytes behind them.
+    /// Makes `dest`, which is dropped and not released, a copy of `nCopyLen` bytes from
+    /// `nCopyIndex` with `nExtraLen` undefined bytes behind them.
     void AllocCopy(Kelm& dest, int nCopyLen, int nCopyIndex, int nExtraLen) const;
 
     void MoveAssign(Kelm& stringSrc);  ///< Takes over the block; the source is empty afterwards.
@@ -595,13 +599,30 @@ protected:
     char* m_pchData;  ///< First character of the text, never null.
 
 private:
+    friend KELM_API Kelm operator+(const Kelm& string1, const Kelm& string2);
+    friend KELM_API Kelm operator+(const Kelm& string, char ch);
+    friend KELM_API Kelm operator+(char ch, const Kelm& string);
+    friend KELM_API Kelm operator+(const Kelm& string, const char* pchText);
+    friend KELM_API Kelm operator+(const char* pchText, const Kelm& string);
+
     void CopyUnshared(const Kelm& stringSrc);
     void DestroyUnshared();
-    void FormatAt(int nIndex, const char* pchFormat, va_list argList);
     void SetLength(int nLen);
-    void Grow(int nNewLength);
+    void CutLeft(const char* pchFirst);
+    int CutRight(const char* pchEnd);
+    void TrimRightWhere(const bool* pTest);
+    void ReplaceHits(int nHits, int nOld, const char* pchOld, int nNew, const char* pchNew);
+    int ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart,
+                    long long nLimit);
+    template <class FindNext>
+    int RemoveEach(int nLen, FindNext find);
+    int RemoveJoining(const Kelm& upper, bool bFoldInPlace);
+    void TakeRest(int nHits, int nHit, int nRest, const char* pchRest);
+    void OpenGap(int nIndex, int nCount);
+    void FormatAt(int nIndex, const char* pchFormat, va_list argList);
+    static Kelm FromDigits(int nLen, const char* pchDigits, int nCapacity);
     bool Recode(unsigned int nFrom, unsigned int nTo);
-    static Kelm FromDigits(const char* pchDigits, int nLength, int nCapacity);
+    static Kelm Join(int nLen1, const char* pch1, int nLen2, const char* pch2);
 };
 
 template <>
@@ -671,8 +692,8 @@ KELM_API bool operator>=(const char* pchText, const Kelm& string);
 ///
 /// A token is a run of bytes without white space, punctuation (`_` is none) and bytes from 0x80 to
 /// 0xFE; or one such punctuation mark or byte; or what stands between two equal quotes, single or
-/// double. The byte behind a token is stepped over unseen. Positions are byte indexes, the text ends
-/// at its first NUL. Walking allocates nothing.
+/// double. The byte behind a token is stepped over unseen. Positions are byte indexes, the text
+/// ends at its first NUL. Walking allocates nothing.
 class KELM_API Kelm::Token {
 public:
     /// Stands on the first token of the source. With `bSkipPunctuation`, tokens that begin with
@@ -723,7 +744,7 @@ protected:
 
 private:
     class Classes;
-    bool NextToken(const Classes& classes, char chDelimiter);
+    bool NextToken(const Classes& classes, const char* pchDelimiter);
 
     const Kelm& m_strSource;
     const char* m_pchText;
@@ -796,9 +817,9 @@ public:
     /// One unit becomes the text; NUL gives a text of length 1. Without memory the text is empty.
     WString& operator=(char16_t ch);
 
-    /// Copies the text up to its first NUL; it may be part of this value's own. The pointer must not
-    /// be null. Uses the present block where it is not shared and has room. Without memory the text
-    /// is empty.
+    /// Copies the text up to its first NUL; it may be part of this value's own. The pointer must
+    /// not be null. Uses the present block where it is not shared and has room. Without memory the
+    /// text is empty.
     WString& operator=(const char16_t* pchText);
 
     /// Decodes the whole text from the process's code page; the value is unchanged without memory.
@@ -850,17 +871,18 @@ public:
     /// @name Direct access to the buffer
     /// @{
 
-    /// A writable pointer to the text with room for at least `nMinBufLength` units and a terminator;
-    /// asserts that this is not negative. A shared block is left, one that is too small is replaced,
-    /// any other is kept. Text and length stay. Call `ReleaseBuffer` when the writing is done, and
-    /// nothing else in between.
+    /// A writable pointer to the text with room for at least `nMinBufLength` units and a
+    /// terminator; asserts that this is not negative. A shared block is left, one that is too small
+    /// is replaced, any other is kept. Text and length stay. Call `ReleaseBuffer` when the writing
+    /// is done, and nothing else in between.
     char16_t* GetBuffer(int nMinBufLength);
 
     /// Sets the length after writing; -1 measures up to the first NUL. Asserts that the length is
     /// within the capacity, which stays.
     void ReleaseBuffer(int nNewLength = -1);
 
-    /// `GetBuffer` and the length in one. Units between the old length and the new one are undefined.
+    /// `GetBuffer` and the length in one. Units between the old length and the new one are
+    /// undefined.
     char16_t* GetBufferSetLength(int nNewLength);
 
     /// Gives spare capacity back by moving to a block of exactly the length. Does nothing without
@@ -874,14 +896,14 @@ public:
     /// must not be null; pointers count up to their first NUL, values and characters whole.
     /// @{
 
-    WString& Append(const WString& string);       ///< Appends the text.
-    WString& Append(char16_t ch);                 ///< Appends one unit, NUL included.
-    WString& Append(const char16_t* pchText);     ///< Appends up to the first NUL.
-    WString& operator+=(const WString& string);   ///< The same as `Append`.
-    WString& operator+=(char16_t ch);             ///< The same as `Append`.
+    WString& Append(const WString& string);        ///< Appends the text.
+    WString& Append(char16_t ch);                  ///< Appends one unit, NUL included.
+    WString& Append(const char16_t* pchText);      ///< Appends up to the first NUL.
+    WString& operator+=(const WString& string);    ///< The same as `Append`.
+    WString& operator+=(char16_t ch);              ///< The same as `Append`.
     WString& operator+=(const char16_t* pchText);  ///< The same as `Append`.
-    WString& operator<<(const WString& string);   ///< The same as `Append`.
-    WString& operator<<(char16_t ch);             ///< The same as `Append`.
+    WString& operator<<(const WString& string);    ///< The same as `Append`.
+    WString& operator<<(char16_t ch);              ///< The same as `Append`.
     WString& operator<<(const char16_t* pchText);  ///< The same as `Append`.
 
     /// @}
@@ -890,30 +912,30 @@ public:
     /// unchanged.
     /// @{
 
-    WString& Append(const Kelm& string);        ///< Appends the decoded text.
-    WString& operator+=(const Kelm& string);    ///< Appends the decoded text.
-    WString& operator<<(const Kelm& string);    ///< Appends the decoded text.
-    WString& operator<<(const char* pchText);   ///< Appends the decoded text; null appends nothing.
-    WString& operator<<(short nValue);          ///< Appends the digits.
+    WString& Append(const Kelm& string);       ///< Appends the decoded text.
+    WString& operator+=(const Kelm& string);   ///< Appends the decoded text.
+    WString& operator<<(const Kelm& string);   ///< Appends the decoded text.
+    WString& operator<<(const char* pchText);  ///< Appends the decoded text; null appends nothing.
+    WString& operator<<(short nValue);         ///< Appends the digits.
     WString& operator<<(unsigned short nValue);  ///< Appends the digits.
-    WString& operator<<(int nValue);            ///< Appends the digits.
-    WString& operator<<(unsigned int nValue);   ///< Appends the digits.
-    WString& operator<<(long nValue);           ///< Appends the digits.
+    WString& operator<<(int nValue);             ///< Appends the digits.
+    WString& operator<<(unsigned int nValue);    ///< Appends the digits.
+    WString& operator<<(long nValue);            ///< Appends the digits.
 
     /// @}
     /// @name Searching
-    /// Positions are unit indexes from 0; -1 means not found. A surrogate pair is two units. Searches
-    /// end at the first NUL at or behind their start. A null text finds nothing, a null set is empty.
-    /// Linear.
+    /// Positions are unit indexes from 0; -1 means not found. A surrogate pair is two units.
+    /// Searches end at the first NUL at or behind their start. A null text finds nothing, a null
+    /// set is empty. Linear.
     /// @{
 
-    /// First unit equal to `ch` at or behind `nStart`. NUL is found at the end of a text that is not
-    /// empty. A negative start counts as 0.
+    /// First unit equal to `ch` at or behind `nStart`. NUL is found at the end of a text that is
+    /// not empty. A negative start counts as 0.
     int Find(char16_t ch, int nStart) const;
     int Find(char16_t ch) const;  ///< The same from 0.
 
-    /// First occurrence of the text at or behind `nStart`. An empty text is found at the start, up to
-    /// the length. A negative start counts as 0.
+    /// First occurrence of the text at or behind `nStart`. An empty text is found at the start, up
+    /// to the length. A negative start counts as 0.
     int Find(const char16_t* pchText, int nStart) const;
     int Find(const char16_t* pchText) const;  ///< The same from 0.
 
@@ -941,7 +963,8 @@ public:
     /// block of exactly its length. Counts are units, and a piece may cut a surrogate pair.
     /// @{
 
-    /// `nCount` units from `nFirst`. A negative `nFirst` counts as 0 and does not shorten the count.
+    /// `nCount` units from `nFirst`. A negative `nFirst` counts as 0 and does not shorten the
+    /// count.
     WString Mid(int nFirst, int nCount) const;
     WString Mid(int nFirst) const;    ///< Everything from `nFirst`.
     WString Left(int nCount) const;   ///< The first units.
@@ -986,8 +1009,8 @@ public:
 
     /// @}
     /// @name Removal
-    /// The result is the number removed. The class and character forms work in place in a block that
-    /// is private afterwards.
+    /// The result is the number removed. The class and character forms work in place in a block
+    /// that is private afterwards.
     /// @{
 
     int Remove(const char16_t* pchText);  ///< Removes every occurrence, as `Replace` finds them.
@@ -1062,8 +1085,8 @@ public:
 
     /// @}
     /// @name Code pages
-    /// Code page 0 is the process's own. A result has exactly its length as capacity; it is empty for
-    /// an empty text and for an unknown code page. What a code page does not define decodes to
+    /// Code page 0 is the process's own. A result has exactly its length as capacity; it is empty
+    /// for an empty text and for an unknown code page. What a code page does not define decodes to
     /// U+FFFD; what it cannot express encodes to `?`, in UTF-8 to U+FFFD.
     /// @{
 
@@ -1102,8 +1125,8 @@ protected:
     /// Replaces the text by `nLen` units, which may be part of the value's own.
     void AssignCopy(int nLen, const char16_t* pchText);
 
-    /// Makes `dest`, which is dropped and not released, a copy of `nCopyLen` units from `nCopyIndex`
-    /// with `nExtraLen` undefined units behind them.
+    /// Makes `dest`, which is dropped and not released, a copy of `nCopyLen` units from
+    /// `nCopyIndex` with `nExtraLen` undefined units behind them.
     void AllocCopy(WString& dest, int nCopyLen, int nCopyIndex, int nExtraLen) const;
 
     void MoveAssign(WString& stringSrc);  ///< Takes over the block; the source is empty afterwards.
@@ -1124,11 +1147,11 @@ protected:
     /// Prints the whole text and a terminator; the result is its length.
     static int VFormat(char16_t* pchDest, const char16_t* pchFormat, va_list argList);
 
-    void Format(const char16_t* pchFormat, ...);                    ///< Replaces the text.
-    void FormatV(const char16_t* pchFormat, va_list argList);       ///< As `Format`.
-    void AppendFormat(const char16_t* pchFormat, ...);              ///< Appends to the text.
+    void Format(const char16_t* pchFormat, ...);                     ///< Replaces the text.
+    void FormatV(const char16_t* pchFormat, va_list argList);        ///< As `Format`.
+    void AppendFormat(const char16_t* pchFormat, ...);               ///< Appends to the text.
     void AppendFormatV(const char16_t* pchFormat, va_list argList);  ///< As `AppendFormat`.
-    static WString FromFormat(const char16_t* pchFormat, ...);      ///< A new value.
+    static WString FromFormat(const char16_t* pchFormat, ...);       ///< A new value.
 
     /// @}
 
@@ -1138,12 +1161,25 @@ protected:
     char16_t* m_pchData;  ///< First unit of the text, never null.
 
 private:
+    friend KELM_API WString operator+(const WString& string1, const WString& string2);
+    friend KELM_API WString operator+(const WString& string, char16_t ch);
+    friend KELM_API WString operator+(char16_t ch, const WString& string);
+    friend KELM_API WString operator+(const WString& string, const char16_t* pchText);
+    friend KELM_API WString operator+(const char16_t* pchText, const WString& string);
+
     void CopyUnshared(const WString& stringSrc);
     void DestroyUnshared();
-    void FormatAt(int nIndex, const char16_t* pchFormat, va_list argList);
     void SetLength(int nLen);
-    void Grow(int nNewLength);
-    static WString FromDigits(const char16_t* pchDigits, int nLength, int nCapacity);
+    void CutLeft(const char16_t* pchFirst);
+    int CutRight(const char16_t* pchEnd);
+    template <class Test>
+    void TrimRightWhere(Test test);
+    void ReplaceHits(int nHits, int nOld, const char16_t* pchOld, int nNew, const char16_t* pchNew);
+    int RemoveJoining(int nUpper, const char16_t* pchUpper);
+    void TakeRest(int nHits, int nHit, int nRest, const char16_t* pchRest);
+    void FormatAt(int nIndex, const char16_t* pchFormat, va_list argList);
+    static WString FromDigits(int nLen, const char16_t* pchDigits, int nCapacity);
+    static WString Join(int nLen1, const char16_t* pch1, int nLen2, const char16_t* pch2);
 };
 
 /// @name Joining wide text

@@ -1,0 +1,1155 @@
+#include <algorithm>
+#include <cstring>
+
+#include "Kelm.h"
+#include "assertion.h"
+#include "blocks.h"
+#include "conversion.h"
+#include "fields.h"
+#include "numbers.h"
+#include "print.h"
+#include "scan.h"
+#include "wide_text.h"
+
+using blocks::checked_length;
+using blocks::refs;
+using platform::require;
+
+namespace {
+
+struct NilBlock {
+    WStringData header;
+    char16_t text[2];
+};
+
+constinit NilBlock nil = {{-1, 0, 0}, {}};
+constexpr WStringData* WStringDataNil = &nil.header;
+constexpr char16_t* WStringPchNil = nil.text;
+
+int text_length(const char16_t* pchText) {
+    return checked_length(static_cast<long long>(platform::wcslen(pchText)));
+}
+
+int distance(const char16_t* pchFirst, const char16_t* pchLast) {
+    return static_cast<int>(pchLast - pchFirst);
+}
+
+void copy_units(char16_t* pchDest, const char16_t* pchSource, int nLen) {
+    std::memcpy(pchDest, pchSource, static_cast<std::size_t>(nLen) * sizeof(char16_t));
+}
+
+void move_units(char16_t* pchDest, const char16_t* pchSource, int nLen) {
+    std::memmove(pchDest, pchSource, static_cast<std::size_t>(nLen) * sizeof(char16_t));
+}
+
+/// A search that began at `pchStart` ends at the first NUL: a hit behind one is none.
+int hit_index(const char16_t* pchText, const char16_t* pchStart, const char16_t* pchHit) {
+    if (pchHit == nullptr || platform::wcschr(pchStart, pchHit, u'\0') != nullptr) {
+        return -1;
+    }
+    return distance(pchText, pchHit);
+}
+
+/// Index of the first place that folds to `upper`.
+int find_upper(const WString& text, int nLen, const char16_t* pchUpper) {
+    const char16_t* pchText = text;
+    return hit_index(pchText, pchText,
+                     platform::find_folded(pchText, pchText + text.GetLength(), pchUpper,
+                                           static_cast<std::size_t>(nLen)));
+}
+
+int count_hits(const char16_t* pchFirst, const char16_t* pchLast, int nLen,
+               const char16_t* pchText) {
+    int nHits = 0;
+    const std::size_t nSize = static_cast<std::size_t>(nLen);
+    while ((pchFirst = platform::wcsstr(pchFirst, pchLast, pchText, nSize)) != nullptr) {
+        pchFirst += nLen;
+        ++nHits;
+    }
+    return nHits;
+}
+
+/// Moves [pchRead, pchEnd) to `pchWrite`, which may be the same place or in front of it, and gives
+/// the place behind it there.
+char16_t* carry(char16_t* pchWrite, const char16_t* pchRead, const char16_t* pchEnd) {
+    const int nLen = distance(pchRead, pchEnd);
+    if (pchWrite != pchRead) {
+        move_units(pchWrite, pchRead, nLen);
+    }
+    return pchWrite + nLen;
+}
+
+/// Removes, always the leftmost, whatever folds to `pchUpper`, also where a removal has formed it;
+/// gives the number and moves the end.
+struct JoiningRemoval {
+    char16_t* pchText;
+    char16_t* pchEnd;
+    const char16_t* pchUpper;
+    std::size_t nUpper;
+
+    const char16_t* Search(const char16_t* first, const char16_t* last) const {
+        return platform::find_folded(first, last, pchUpper, nUpper);
+    }
+
+    /// What is done lies in front of pchWrite, what is to do from pchRead on. A hit that a removal
+    /// has formed spans both and is shorter than the text on either side of the gap that it needs.
+    bool FindAcross(char16_t*& pchWrite, char16_t*& pchRead) const {
+        const std::ptrdiff_t nMost = static_cast<std::ptrdiff_t>(nUpper) - 1;
+        const std::ptrdiff_t nHead = std::min(nMost, pchEnd - pchRead);
+        const std::ptrdiff_t nTail = std::min(nMost, pchWrite - pchText);
+        if (nHead + nTail <= nMost) {
+            return false;
+        }
+        const char16_t* pchJoined = carry(pchWrite, pchRead, pchRead + nHead);
+        const char16_t* pchHit = Search(pchWrite - nTail, pchJoined);
+        if (pchHit == nullptr) {
+            return false;
+        }
+        pchRead += pchHit + nUpper - pchWrite;
+        pchWrite = pchText + (pchHit - pchText);
+        return true;
+    }
+
+    int Run() {
+        int nHits = 0;
+        char16_t* pchWrite = pchText;
+        char16_t* pchRead = pchText;
+        while (const char16_t* pchHit = Search(pchRead, pchEnd)) {
+            pchWrite = carry(pchWrite, pchRead, pchHit);
+            pchRead = pchText + (pchHit - pchText) + nUpper;
+            ++nHits;
+            while (FindAcross(pchWrite, pchRead)) {
+                ++nHits;
+            }
+        }
+        pchEnd = carry(pchWrite, pchRead, pchEnd);
+        return nHits;
+    }
+};
+
+int read_int(const char16_t* pchText) {
+    const int nValue = platform::_wtoi(pchText);
+    return nValue != 0 ? nValue : platform::wcstol(pchText);
+}
+
+bool equals_word(const char16_t* pchText, const char16_t* pchWord) {
+    for (; *pchWord != u'\0'; ++pchText, ++pchWord) {
+        if (platform::towlower(*pchText) != *pchWord) {
+            return false;
+        }
+    }
+    while (*pchText != u'\0' && platform::iswspace(*pchText)) {
+        ++pchText;
+    }
+    return *pchText == u'\0';
+}
+
+/// `nLen` counts what lies behind an embedded NUL as well.
+bool read_bool(const char16_t* pchText, int nLen) {
+    if (std::any_of(pchText, pchText + nLen, platform::iswdigit)) {
+        return read_int(pchText) != 0;
+    }
+    while (*pchText != u'\0' && platform::iswspace(*pchText)) {
+        ++pchText;
+    }
+    return equals_word(pchText, u"true") || equals_word(pchText, u"on") ||
+           equals_word(pchText, u"yes");
+}
+
+/// Both texts end at their first NUL.
+bool equal_texts(const char16_t* pchText, const char16_t* pchOther) {
+    return pchOther != nullptr && platform::wcscmp(pchText, pchOther) == 0;
+}
+
+}  // namespace
+
+WString::WString() {
+    Init();
+}
+
+void WString::CopyUnshared(const WString& stringSrc) {
+    require(refs(stringSrc.GetData()) != 0, "stringSrc.GetData ()->nRefs != 0");
+    Init();
+    if (stringSrc.m_pchData != WStringPchNil) {
+        *this = stringSrc.m_pchData;
+    }
+}
+
+WString::WString(WString&& stringSrc) noexcept {
+    Init();
+    MoveAssign(stringSrc);
+}
+
+WString::WString(const char16_t* pchText) {
+    Init();
+    if (pchText == nullptr) {
+        return;
+    }
+    const int nLen = text_length(pchText);
+    if (nLen > 0) {
+        AllocBuffer(nLen);
+        copy_units(m_pchData, pchText, nLen);
+    }
+}
+
+WString::WString(char16_t* pchText) : WString(static_cast<const char16_t*>(pchText)) {}
+
+WString::WString(const Kelm& string) {
+    Init();
+    WString text = FromCodePage(string, 0);
+    MoveAssign(text);
+}
+
+WString::WString(const char* pchText) : WString(Kelm(pchText)) {}
+
+void WString::DestroyUnshared() {
+    WStringData* pData = GetData();
+    if (pData != WStringDataNil && blocks::drop_ref(pData) <= 0) {
+        FreeData(pData);
+    }
+}
+
+WString& WString::operator=(const WString& stringSrc) {
+    if (m_pchData == stringSrc.m_pchData) {
+        return *this;
+    }
+    if (refs(stringSrc.GetData()) < 0) {
+        AssignCopy(stringSrc.GetLength(), stringSrc.m_pchData);
+        return *this;
+    }
+    Release();
+    require(stringSrc.GetData() != WStringDataNil, "stringSrc.GetData () != WStringDataNil");
+    m_pchData = stringSrc.m_pchData;
+    blocks::add_ref(GetData());
+    return *this;
+}
+
+WString& WString::operator=(WString&& stringSrc) noexcept {
+    MoveAssign(stringSrc);
+    return *this;
+}
+
+WString& WString::operator=(char16_t ch) {
+    AssignCopy(1, &ch);
+    return *this;
+}
+
+WString& WString::operator=(const char16_t* pchText) {
+    AssignCopy(text_length(pchText), pchText);
+    return *this;
+}
+
+WString& WString::operator=(const Kelm& string) {
+    const WString text(string);
+    return *this = text;
+}
+
+void WString::Empty() {
+    if (GetLength() == 0) {
+        return;
+    }
+    if (refs(GetData()) >= 0) {
+        Release();
+    } else {
+        *this = u"";
+    }
+    require(GetData()->nDataLength == 0, "GetData ()->nDataLength == 0");
+    require(refs(GetData()) < 0 || GetData()->nAllocLength == 0,
+            "GetData ()->nRefs < 0 || GetData ()->nAllocLength == 0");
+}
+
+void WString::Release() {
+    WStringData* pData = GetData();
+    if (pData == WStringDataNil) {
+        return;
+    }
+    require(refs(pData) != 0, "GetData ()->nRefs != 0");
+    if (blocks::drop_ref(pData) <= 0) {
+        FreeData(pData);
+    }
+    Init();
+}
+
+void WString::SetAt(int nIndex, char16_t ch) {
+    require(nIndex >= 0, "nIndex >= 0");
+    require(nIndex < GetData()->nDataLength, "nIndex < GetData ()->nDataLength");
+    CopyBeforeWrite();
+    m_pchData[nIndex] = ch;
+}
+
+char16_t* WString::GetBuffer(int nMinBufLength) {
+    require(nMinBufLength >= 0, "nMinBufLength >= 0");
+    WStringData* pData = GetData();
+    if (refs(pData) > 1 || nMinBufLength > pData->nAllocLength) {
+        const char16_t* pchOld = m_pchData;
+        const int nOldLength = pData->nDataLength;
+        AllocBuffer(std::max(nMinBufLength, nOldLength));
+        copy_units(m_pchData, pchOld, nOldLength);
+        SetLength(nOldLength);
+        Release(pData);
+    }
+    require(refs(GetData()) <= 1, "GetData ()->nRefs <= 1");
+    require(m_pchData != nullptr, "m_pchData != NULL");
+    return m_pchData;
+}
+
+void WString::ReleaseBuffer(int nNewLength) {
+    CopyBeforeWrite();
+    if (nNewLength < 0) {
+        nNewLength = text_length(m_pchData);
+    }
+    require(nNewLength <= GetData()->nAllocLength, "nNewLength <= GetData ()->nAllocLength");
+    SetLength(nNewLength);
+}
+
+char16_t* WString::GetBufferSetLength(int nNewLength) {
+    require(nNewLength >= 0, "nNewLength >= 0");
+    GetBuffer(nNewLength);
+    SetLength(nNewLength);
+    return m_pchData;
+}
+
+void WString::FreeExtra() {
+    WStringData* pData = GetData();
+    require(pData->nDataLength <= pData->nAllocLength,
+            "GetData ()->nDataLength <= GetData ()->nAllocLength");
+    if (pData->nDataLength != pData->nAllocLength) {
+        const char16_t* pchOld = m_pchData;
+        AllocBuffer(pData->nDataLength);
+        copy_units(m_pchData, pchOld, pData->nDataLength);
+        require(m_pchData[GetData()->nDataLength] == u'\0',
+                "m_pchData [GetData ()->nDataLength] == L'\\0'");
+        Release(pData);
+    }
+    require(GetData() != nullptr, "GetData () != NULL");
+}
+
+WString& WString::Append(const WString& string) {
+    ConcatInPlace(string.GetLength(), string.m_pchData);
+    return *this;
+}
+
+WString& WString::Append(char16_t ch) {
+    ConcatInPlace(1, &ch);
+    return *this;
+}
+
+WString& WString::Append(const char16_t* pchText) {
+    ConcatInPlace(text_length(pchText), pchText);
+    return *this;
+}
+
+WString& WString::operator+=(const WString& string) {
+    return Append(string);
+}
+
+WString& WString::operator+=(char16_t ch) {
+    return Append(ch);
+}
+
+WString& WString::operator+=(const char16_t* pchText) {
+    return Append(pchText);
+}
+
+WString& WString::operator<<(const WString& string) {
+    return Append(string);
+}
+
+WString& WString::operator<<(char16_t ch) {
+    return Append(ch);
+}
+
+WString& WString::operator<<(const char16_t* pchText) {
+    return Append(pchText);
+}
+
+WString& WString::Append(const Kelm& string) {
+    return Append(WString(string));
+}
+
+WString& WString::operator+=(const Kelm& string) {
+    return Append(string);
+}
+
+WString& WString::operator<<(const Kelm& string) {
+    return Append(string);
+}
+
+WString& WString::operator<<(const char* pchText) {
+    return Append(WString(pchText));
+}
+
+WString& WString::operator<<(short nValue) {
+    return *this << static_cast<long>(nValue);
+}
+
+WString& WString::operator<<(unsigned short nValue) {
+    return *this << static_cast<long>(nValue);
+}
+
+WString& WString::operator<<(int nValue) {
+    return *this << static_cast<long>(nValue);
+}
+
+WString& WString::operator<<(unsigned int nValue) {
+    return *this << static_cast<long>(nValue);
+}
+
+WString& WString::operator<<(long nValue) {
+    char16_t szDigits[20];
+    ConcatInPlace(platform::print_integer(szDigits, static_cast<long long>(nValue)), szDigits);
+    return *this;
+}
+
+int WString::Find(char16_t ch, int nStart) const {
+    nStart = std::max(nStart, 0);
+    if (nStart >= GetLength()) {
+        return -1;
+    }
+    const char16_t* pchStart = m_pchData + nStart;
+    const char16_t* pchEnd = m_pchData + GetLength();
+    if (ch == u'\0') {
+        return distance(m_pchData, platform::find_unit(pchStart, pchEnd, ch));
+    }
+    return hit_index(m_pchData, pchStart, platform::wcschr(pchStart, pchEnd, ch));
+}
+
+int WString::Find(char16_t ch) const {
+    return Find(ch, 0);
+}
+
+int WString::Find(const char16_t* pchText, int nStart) const {
+    nStart = std::max(nStart, 0);
+    if (nStart > GetLength() || pchText == nullptr) {
+        return -1;
+    }
+    const char16_t* pchStart = m_pchData + nStart;
+    return hit_index(
+        m_pchData, pchStart,
+        platform::wcsstr(pchStart, m_pchData + GetLength(), pchText, platform::wcslen(pchText)));
+}
+
+int WString::Find(const char16_t* pchText) const {
+    return Find(pchText, 0);
+}
+
+int WString::ReverseFind(char16_t ch) const {
+    const char16_t* pchEnd = m_pchData + platform::wcslen(m_pchData);
+    if (ch == u'\0') {
+        return distance(m_pchData, pchEnd);
+    }
+    const char16_t* pchHit = platform::wcsrchr(m_pchData, pchEnd, ch);
+    return pchHit == nullptr ? -1 : distance(m_pchData, pchHit);
+}
+
+int WString::FindOneOf(const char16_t* pchSet) const {
+    if (pchSet == nullptr) {
+        return -1;
+    }
+    return hit_index(m_pchData, m_pchData,
+                     platform::wcspbrk(m_pchData, m_pchData + GetLength(), pchSet));
+}
+
+int WString::NCFind(char16_t ch) const {
+    const char16_t chUpper = platform::towupper(ch);
+    if (chUpper == u'\0') {
+        return Find(chUpper);
+    }
+    return find_upper(*this, 1, &chUpper);
+}
+
+int WString::NCFind(const char16_t* pchText) const {
+    WString scopy(pchText);
+    scopy.MakeUpper();
+    return find_upper(*this, scopy.GetLength(), scopy);
+}
+
+int WString::Count(char16_t ch) const {
+    return static_cast<int>(platform::count_unit<char16_t>(m_pchData, m_pchData + GetLength(), ch));
+}
+
+int WString::Count(const char16_t* pchText) const {
+    if (pchText == nullptr || *pchText == u'\0') {
+        return 0;
+    }
+    const char16_t* pchEnd = m_pchData + platform::wcslen(m_pchData);
+    return count_hits(m_pchData, pchEnd, text_length(pchText), pchText);
+}
+
+WString WString::Mid(int nFirst, int nCount) const {
+    const int nLength = GetLength();
+    nFirst = std::max(nFirst, 0);
+    nCount = std::max(nCount, 0);
+    if (nCount > nLength - nFirst) {
+        nCount = std::max(nLength - nFirst, 0);
+    }
+    if (nFirst > nLength) {
+        return WString();
+    }
+    require(nFirst >= 0, "nFirst >= 0");
+    require(nCount <= nLength - nFirst, "nFirst + nCount <= GetData ()->nDataLength");
+    if (nFirst == 0 && nCount == nLength) {
+        return *this;
+    }
+    WString dest;
+    AllocCopy(dest, nCount, nFirst, 0);
+    return dest;
+}
+
+WString WString::Mid(int nFirst) const {
+    return Mid(nFirst, GetLength());
+}
+
+WString WString::Left(int nCount) const {
+    nCount = std::max(nCount, 0);
+    if (nCount >= GetLength()) {
+        return *this;
+    }
+    WString dest;
+    AllocCopy(dest, nCount, 0, 0);
+    return dest;
+}
+
+WString WString::Right(int nCount) const {
+    nCount = std::max(nCount, 0);
+    if (nCount >= GetLength()) {
+        return *this;
+    }
+    WString dest;
+    AllocCopy(dest, nCount, GetLength() - nCount, 0);
+    return dest;
+}
+
+void WString::MakeUpper() {
+    CopyBeforeWrite();
+    platform::_wcsupr(m_pchData);
+}
+
+void WString::MakeLower() {
+    CopyBeforeWrite();
+    platform::_wcslwr(m_pchData);
+}
+
+void WString::MakeReverse() {
+    CopyBeforeWrite();
+    platform::_wcsrev(m_pchData);
+}
+
+void WString::TrimRight() {
+    TrimRightWhere(platform::iswspace);
+}
+
+void WString::TrimRight(char16_t ch) {
+    TrimRightWhere([=](char16_t chText) { return chText == ch; });
+}
+
+void WString::TrimRight(const char16_t* pchSet) {
+    const char16_t* pchSetEnd = pchSet + platform::wcslen(pchSet);
+    TrimRightWhere([=](char16_t ch) { return platform::wcschr(pchSet, pchSetEnd, ch) != nullptr; });
+}
+
+template <class Test>
+void WString::TrimRightWhere(Test test) {
+    CopyBeforeWrite();
+    const char16_t* pchEnd = m_pchData + platform::wcslen(m_pchData);
+    const char16_t* pchRun = pchEnd;
+    while (pchRun != m_pchData && test(pchRun[-1])) {
+        --pchRun;
+    }
+    if (pchRun != pchEnd) {
+        SetLength(distance(m_pchData, pchRun));
+    }
+}
+
+void WString::TrimLeft() {
+    CopyBeforeWrite();
+    const char16_t* pch = m_pchData;
+    while (*pch != u'\0' && platform::iswspace(*pch)) {
+        ++pch;
+    }
+    CutLeft(pch);
+}
+
+void WString::TrimLeft(char16_t ch) {
+    CopyBeforeWrite();
+    const char16_t* pch = m_pchData;
+    const char16_t* pchEnd = m_pchData + GetLength();
+    while (pch < pchEnd && *pch == ch) {
+        ++pch;
+    }
+    CutLeft(pch);
+}
+
+void WString::TrimLeft(const char16_t* pchSet) {
+    if (*pchSet == u'\0') {
+        return;
+    }
+    CopyBeforeWrite();
+    const char16_t* pchSetEnd = pchSet + platform::wcslen(pchSet);
+    const char16_t* pch = m_pchData;
+    while (*pch != u'\0' && platform::wcschr(pchSet, pchSetEnd, *pch) != nullptr) {
+        ++pch;
+    }
+    CutLeft(pch);
+}
+
+void WString::CutLeft(const char16_t* pchFirst) {
+    if (pchFirst == m_pchData) {
+        return;
+    }
+    const int nLength = GetLength() - distance(m_pchData, pchFirst);
+    move_units(m_pchData, pchFirst, nLength);
+    SetLength(nLength);
+}
+
+WString WString::Trim() const {
+    WString copy(*this);
+    copy.TrimRight();
+    copy.TrimLeft();
+    return copy;
+}
+
+int WString::Replace(char16_t chOld, char16_t chNew) {
+    if (chOld == chNew) {
+        return 0;
+    }
+    CopyBeforeWrite();
+    return static_cast<int>(
+        platform::replace_unit(m_pchData, m_pchData + GetLength(), chOld, chNew));
+}
+
+int WString::Replace(const char16_t* pchOld, const char16_t* pchNew) {
+    if (pchOld == nullptr || *pchOld == u'\0') {
+        return 0;
+    }
+    const int nOld = text_length(pchOld);
+    const int nNew = pchNew == nullptr ? 0 : text_length(pchNew);
+    const int nHits = count_hits(m_pchData, m_pchData + GetLength(), nOld, pchOld);
+    if (nHits > 0) {
+        ReplaceHits(nHits, nOld, pchOld, nNew, pchNew);
+    }
+    return nHits;
+}
+
+void WString::ReplaceHits(int nHits, int nOld, const char16_t* pchOld, int nNew,
+                          const char16_t* pchNew) {
+    WStringData* pData = GetData();
+    const int nLength = pData->nDataLength;
+    const int nNewLength = checked_length(nLength + (static_cast<long long>(nNew) - nOld) * nHits);
+    const char16_t* pchRead = m_pchData;
+    const bool bMove = refs(pData) > 1 || pData->nAllocLength < nNewLength;
+    if (bMove) {
+        // A private copy has the capacity of its text, also where the result is shorter.
+        AllocBuffer(std::max(nLength, nNewLength));
+    } else if (nNewLength > nLength) {
+        // To the end of its room, so that the merge forward never overtakes what it reads.
+        pchRead = m_pchData + (nNewLength - nLength);
+        std::memmove(m_pchData + (nNewLength - nLength), m_pchData,
+                     static_cast<std::size_t>(nLength) + 1);
+    }
+    const char16_t* pchEnd = pchRead + nLength;
+    char16_t* pchWrite = m_pchData;
+    for (; nHits > 0; --nHits) {
+        const char16_t* pchHit =
+            platform::wcsstr(pchRead, pchEnd, pchOld, static_cast<std::size_t>(nOld));
+        pchWrite = carry(pchWrite, pchRead, pchHit);
+        pchWrite = std::copy_n(pchNew, nNew, pchWrite);
+        pchRead = pchHit + nOld;
+    }
+    pchWrite = carry(pchWrite, pchRead, pchEnd);
+    *pchWrite = u'\0';
+    require(m_pchData[nNewLength] == u'\0', "m_pchData [nNewLength] == L'\\0'");
+    SetLength(nNewLength);
+    if (bMove) {
+        Release(pData);
+    }
+}
+
+int WString::Remove(const char16_t* pchText) {
+    return Replace(pchText, nullptr);
+}
+
+int WString::Remove(char16_t ch) {
+    CopyBeforeWrite();
+    return CutRight(platform::remove_unit(m_pchData, m_pchData + GetLength(), ch));
+}
+
+int WString::RemoveSpace() {
+    CopyBeforeWrite();
+    return CutRight(platform::remove_space(m_pchData, m_pchData + GetLength()));
+}
+
+int WString::RemovePunctuation() {
+    CopyBeforeWrite();
+    return CutRight(platform::remove_punctuation(m_pchData, m_pchData + GetLength()));
+}
+
+int WString::RemoveControl() {
+    CopyBeforeWrite();
+    return CutRight(platform::remove_control(m_pchData, m_pchData + GetLength()));
+}
+
+/// Ends the text there; the result is what it lost.
+int WString::CutRight(const char16_t* pchEnd) {
+    const int nLost = GetLength() - distance(m_pchData, pchEnd);
+    SetLength(GetLength() - nLost);
+    return nLost;
+}
+
+int WString::NCRemove(const char16_t* pchText) {
+    if (pchText == nullptr || *pchText == u'\0') {
+        return 0;
+    }
+    WString upper(pchText);
+    upper.MakeUpper();
+    return RemoveJoining(upper.GetLength(), upper);
+}
+
+int WString::NCRemove(char16_t ch) {
+    const char16_t chUpper = platform::towupper(ch);
+    return chUpper == u'\0' ? 0 : RemoveJoining(1, &chUpper);
+}
+
+/// All hits in one pass over a copy.
+int WString::RemoveJoining(int nUpper, const char16_t* pchUpper) {
+    if (find_upper(*this, nUpper, pchUpper) < 0) {
+        return 0;
+    }
+    WString work;
+    AllocCopy(work, GetLength(), 0, 0);
+    const int nSegment = text_length(work);
+    JoiningRemoval removal = {work.m_pchData, work.m_pchData + nSegment, pchUpper,
+                              static_cast<std::size_t>(nUpper)};
+    const int nHits = removal.Run();
+    // What stands behind an embedded NUL comes along.
+    const char16_t* pchEnd = carry(removal.pchEnd, m_pchData + nSegment, m_pchData + GetLength());
+    TakeRest(nHits, nUpper, distance(work, pchEnd), work);
+    return nHits;
+}
+
+/// The state that removing one hit at a time leaves: a block of exactly the length. A last removal
+/// that leaves nothing stays in the block of the one before.
+void WString::TakeRest(int nHits, int nHit, int nRest, const char16_t* pchRest) {
+    if (nRest == 0 && nHits == 1) {
+        AssignCopy(nRest, pchRest);
+        return;
+    }
+    WString copy;
+    copy.AllocBuffer(nRest == 0 ? nHit : nRest);
+    copy_units(copy.m_pchData, pchRest, nRest);
+    copy.SetLength(nRest);
+    MoveAssign(copy);
+}
+
+WString WString::FromRepeat(char16_t ch, int nCount) {
+    WString rc;
+    if (nCount >= 1) {
+        rc.AllocBuffer(nCount);
+        std::fill_n(rc.m_pchData, nCount, ch);
+    }
+    return rc;
+}
+
+void WString::Format(const char16_t* pchFormat, ...) {
+    va_list argList;
+    va_start(argList, pchFormat);
+    FormatV(pchFormat, argList);
+    va_end(argList);
+}
+
+void WString::FormatV(const char16_t* pchFormat, va_list argList) {
+    FormatAt(0, pchFormat, argList);
+}
+
+void WString::AppendFormat(const char16_t* pchFormat, ...) {
+    va_list argList;
+    va_start(argList, pchFormat);
+    AppendFormatV(pchFormat, argList);
+    va_end(argList);
+}
+
+void WString::AppendFormatV(const char16_t* pchFormat, va_list argList) {
+    FormatAt(GetLength(), pchFormat, argList);
+}
+
+/// Prints behind the first `nIndex` bytes. Where the estimate is no bound, the text is measured
+/// first, so that it is never cut and never overwritten before the room is there.
+void WString::FormatAt(int nIndex, const char16_t* pchFormat, va_list argList) {
+    const platform::Estimate estimate = platform::estimate(pchFormat, argList);
+    int nLen = estimate.length;
+    if (!estimate.isBound) {
+        nLen = std::max(nLen, platform::_vswprintf(nullptr, 0, pchFormat, argList));
+    }
+    GetBuffer(checked_length(static_cast<long long>(nIndex) + nLen));
+    platform::_vswprintf(m_pchData + nIndex, GetAllocLength() - nIndex, pchFormat, argList);
+    ReleaseBuffer(-1);
+}
+
+WString WString::FromFormat(const char16_t* pchFormat, ...) {
+    WString text;
+    va_list argList;
+    va_start(argList, pchFormat);
+    text.FormatV(pchFormat, argList);
+    va_end(argList);
+    return text;
+}
+
+bool WString::Bool() const {
+    return read_bool(m_pchData, GetLength());
+}
+
+int WString::Int() const {
+    return read_int(m_pchData);
+}
+
+std::int32_t WString::Long() const {
+    const std::int32_t nValue = platform::_wtol(m_pchData);
+    return nValue != 0 ? nValue : platform::wcstol(m_pchData);
+}
+
+long long WString::Int64() const {
+    const long long nValue = platform::_wtoi64(m_pchData);
+    return nValue != 0 ? nValue : platform::_wcstoi64(m_pchData);
+}
+
+double WString::Double() const {
+    return platform::_wtof(m_pchData);
+}
+
+/// The capacities of numbers are those of the formats "%d" and "%g".
+WString WString::FromDigits(int nLen, const char16_t* pchDigits, int nCapacity) {
+    WString text;
+    text.AllocBuffer(nCapacity);
+    copy_units(text.m_pchData, pchDigits, nLen);
+    text.SetLength(nLen);
+    return text;
+}
+
+WString WString::From(int nValue) {
+    return From(static_cast<long long>(nValue));
+}
+
+WString WString::From(long nValue) {
+    return From(static_cast<long long>(nValue));
+}
+
+WString WString::From(unsigned int nValue) {
+    return From(static_cast<unsigned long long>(nValue));
+}
+
+WString WString::From(unsigned long nValue) {
+    return From(static_cast<unsigned long long>(nValue));
+}
+
+WString WString::From(long long nValue) {
+    char16_t szDigits[20];
+    return FromDigits(platform::print_integer(szDigits, nValue), szDigits, 32);
+}
+
+WString WString::From(unsigned long long nValue) {
+    char16_t szDigits[20];
+    return FromDigits(platform::print_integer(szDigits, nValue), szDigits, 32);
+}
+
+WString WString::From(double dValue) {
+    char16_t szDigits[128];
+    return FromDigits(platform::print_general(szDigits, dValue), szDigits, 128);
+}
+
+int WString::Compare(const char16_t* pchText) const {
+    if (pchText == nullptr) {
+        return 1;
+    }
+    return platform::wcscmp(m_pchData, pchText);
+}
+
+int WString::CompareNoCase(const char16_t* pchText) const {
+    if (pchText == nullptr) {
+        return 1;
+    }
+    return platform::_wcsicmp(m_pchData, pchText);
+}
+
+WString WString::Elements(int nFirst, int nLast, char16_t chDelimiter) const {
+    const fields::Run<char16_t> run =
+        fields::find<char16_t>(m_pchData, m_pchData + GetLength(), nFirst, nLast, chDelimiter);
+    const int nText = distance(run.first, run.last);
+    WString erg;
+    erg.AllocBuffer(checked_length(nText + run.padding));
+    copy_units(erg.m_pchData, run.first, nText);
+    std::fill_n(erg.m_pchData + nText, run.padding, chDelimiter);
+    return erg;
+}
+
+WString WString::Element(int nElement, char16_t chDelimiter) const {
+    return nElement < 0 ? WString() : Elements(nElement, nElement, chDelimiter);
+}
+
+WString WString::FromCodePage(const Kelm& string, unsigned int nCodePage) {
+    return _FromCodePage(string, string.GetLength(), nCodePage);
+}
+
+WString WString::FromCodePage(const char* pchText, unsigned int nCodePage) {
+    return _FromCodePage(
+        pchText, blocks::checked_length(static_cast<long long>(std::strlen(pchText))), nCodePage);
+}
+
+Kelm WString::ToKelm() const {
+    return ToKelm(0);
+}
+
+Kelm WString::ToKelm(unsigned int nCodePage) const {
+    const platform::Encoding encoding(nCodePage, m_pchData, GetLength());
+    Kelm text;
+    if (encoding.Write(text.GetBufferSetLength(encoding.Size())) != encoding.Size()) {
+        text.Release();
+    }
+    return text;
+}
+
+void WString::Init() {
+    m_pchData = WStringPchNil;
+}
+
+void WString::AllocBuffer(int nLen) {
+    require(nLen >= 0, "nLen >= 0");
+    require(nLen <= INT_MAX - 1, "nLen <= INT_MAX-1");
+    if (nLen == 0) {
+        Init();
+        return;
+    }
+    WStringData* pData = blocks::allocate<WStringData, char16_t>(nLen);
+    pData->nRefs = 1;
+    pData->nDataLength = nLen;
+    pData->nAllocLength = nLen;
+    m_pchData = reinterpret_cast<char16_t*>(pData + 1);
+    m_pchData[nLen] = u'\0';
+}
+
+void WString::FreeData(WStringData* pData) {
+    ::operator delete[](pData);
+}
+
+void WString::Release(WStringData* pData) {
+    if (pData == WStringDataNil) {
+        return;
+    }
+    require(refs(pData) != 0, "pData->nRefs != 0");
+    if (blocks::drop_ref(pData) <= 0) {
+        FreeData(pData);
+    }
+}
+
+void WString::CopyBeforeWrite() {
+    WStringData* pData = GetData();
+    if (refs(pData) > 1) {
+        const char16_t* pchOld = m_pchData;
+        AllocBuffer(pData->nDataLength);
+        copy_units(m_pchData, pchOld, pData->nDataLength);
+        Release(pData);
+    }
+    require(refs(GetData()) <= 1, "GetData ()->nRefs <= 1");
+}
+
+void WString::AllocBeforeWrite(int nLen) {
+    if (refs(GetData()) > 1 || nLen > GetAllocLength()) {
+        Release();
+        AllocBuffer(nLen);
+    }
+    require(refs(GetData()) <= 1, "GetData ()->nRefs <= 1");
+}
+
+void WString::AssignCopy(int nLen, const char16_t* pchText) {
+    // Part of the value's own text has to outlive the reference that is given up first.
+    WString hold;
+    if (refs(GetData()) > 1 && blocks::points_into(pchText, m_pchData, GetLength())) {
+        hold = *this;
+    }
+    AllocBeforeWrite(nLen);
+    move_units(m_pchData, pchText, nLen);
+    SetLength(nLen);
+}
+
+void WString::AllocCopy(WString& dest, int nCopyLen, int nCopyIndex, int nExtraLen) const {
+    const int nLen = checked_length(static_cast<long long>(nCopyLen) + nExtraLen);
+    if (nLen == 0) {
+        dest.Init();
+        return;
+    }
+    dest.AllocBuffer(nLen);
+    copy_units(dest.m_pchData, m_pchData + nCopyIndex, nCopyLen);
+}
+
+void WString::MoveAssign(WString& stringSrc) {
+    Release();
+    m_pchData = stringSrc.m_pchData;
+    stringSrc.Init();
+}
+
+void WString::ConcatCopy(int nLen1, const char16_t* pch1, int nLen2, const char16_t* pch2) {
+    const int nLen = checked_length(static_cast<long long>(nLen1) + nLen2);
+    if (nLen == 0) {
+        return;
+    }
+    AllocBuffer(nLen);
+    copy_units(m_pchData, pch1, nLen1);
+    copy_units(m_pchData + nLen1, pch2, nLen2);
+}
+
+void WString::ConcatInPlace(int nLen, const char16_t* pchText) {
+    if (nLen == 0) {
+        return;
+    }
+    WStringData* pData = GetData();
+    if (refs(pData) > 1 || nLen > pData->nAllocLength - pData->nDataLength) {
+        ConcatCopy(pData->nDataLength, m_pchData, nLen, pchText);
+        require(pData != nullptr, "pData != NULL");
+        Release(pData);
+        return;
+    }
+    char16_t* pchEnd = m_pchData + pData->nDataLength;
+    if (nLen == 1) {
+        pchEnd[0] = pchText[0];
+    } else if (nLen == 2) {
+        pchEnd[0] = pchText[0];
+        pchEnd[1] = pchText[1];
+    } else {
+        copy_units(pchEnd, pchText, nLen);
+    }
+    pData->nDataLength += nLen;
+    require(pData->nDataLength <= pData->nAllocLength, "pData->nDataLength <= pData->nAllocLength");
+    m_pchData[pData->nDataLength] = u'\0';
+}
+
+int WString::GetFormattedLength(const char16_t* pchFormat, va_list argList) {
+    return platform::estimate(pchFormat, argList).length;
+}
+
+int WString::VFormat(char16_t* pchDest, const char16_t* pchFormat, va_list argList) {
+    return platform::_vswprintf(pchDest, INT_MAX, pchFormat, argList);
+}
+
+WString WString::_FromCodePage(const char* pchText, int nLength, unsigned int nCodePage) {
+    const platform::Decoding decoding(nCodePage, pchText, nLength);
+    WString text;
+    if (decoding.Write(text.GetBufferSetLength(decoding.Size())) != decoding.Size()) {
+        text.Release();
+    }
+    return text;
+}
+
+/// The static empty block holds length 0 and a NUL already; a store would race with other threads.
+void WString::SetLength(int nLen) {
+    WStringData* pData = GetData();
+    if (pData == WStringDataNil) {
+        return;
+    }
+    pData->nDataLength = nLen;
+    m_pchData[nLen] = u'\0';
+}
+
+WString WString::Join(int nLen1, const char16_t* pch1, int nLen2, const char16_t* pch2) {
+    WString text;
+    text.ConcatCopy(nLen1, pch1, nLen2, pch2);
+    return text;
+}
+
+WString operator+(const WString& string1, const WString& string2) {
+    return WString::Join(string1.GetLength(), string1, string2.GetLength(), string2);
+}
+
+WString operator+(const WString& string, char16_t ch) {
+    return WString::Join(string.GetLength(), string, 1, &ch);
+}
+
+WString operator+(char16_t ch, const WString& string) {
+    return WString::Join(1, &ch, string.GetLength(), string);
+}
+
+WString operator+(const WString& string, const char16_t* pchText) {
+    return WString::Join(string.GetLength(), string, text_length(pchText), pchText);
+}
+
+WString operator+(const char16_t* pchText, const WString& string) {
+    return WString::Join(text_length(pchText), pchText, string.GetLength(), string);
+}
+
+WString operator+(const WString& string, const char* pchText) {
+    return string + WString(pchText);
+}
+
+WString operator+(const WString& string1, const Kelm& string2) {
+    return string1 + WString(string2);
+}
+
+bool operator==(const WString& string1, const WString& string2) {
+    return equal_texts(string1, string2);
+}
+
+bool operator==(const WString& string, const char16_t* pchText) {
+    return equal_texts(string, pchText);
+}
+
+bool operator==(const char16_t* pchText, const WString& string) {
+    return equal_texts(string, pchText);
+}
+
+bool operator!=(const WString& string1, const WString& string2) {
+    return !equal_texts(string1, string2);
+}
+
+bool operator!=(const WString& string, const char16_t* pchText) {
+    return !equal_texts(string, pchText);
+}
+
+bool operator!=(const char16_t* pchText, const WString& string) {
+    return !equal_texts(string, pchText);
+}
+
+bool operator<(const WString& string1, const WString& string2) {
+    return string1.Compare(string2) < 0;
+}
+
+bool operator<(const WString& string, const char16_t* pchText) {
+    return string.Compare(pchText) < 0;
+}
+
+bool operator<(const char16_t* pchText, const WString& string) {
+    return string.Compare(pchText) > 0;
+}
+
+bool operator<=(const WString& string1, const WString& string2) {
+    return string1.Compare(string2) <= 0;
+}
+
+bool operator<=(const WString& string, const char16_t* pchText) {
+    return string.Compare(pchText) <= 0;
+}
+
+bool operator<=(const char16_t* pchText, const WString& string) {
+    return string.Compare(pchText) >= 0;
+}
+
+bool operator>(const WString& string1, const WString& string2) {
+    return string1.Compare(string2) > 0;
+}
+
+bool operator>(const WString& string, const char16_t* pchText) {
+    return string.Compare(pchText) > 0;
+}
+
+bool operator>(const char16_t* pchText, const WString& string) {
+    return string.Compare(pchText) < 0;
+}
+
+bool operator>=(const WString& string1, const WString& string2) {
+    return string1.Compare(string2) >= 0;
+}
+
+bool operator>=(const WString& string, const char16_t* pchText) {
+    return string.Compare(pchText) >= 0;
+}
+
+bool operator>=(const char16_t* pchText, const WString& string) {
+    return string.Compare(pchText) <= 0;
+}
