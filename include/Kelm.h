@@ -80,6 +80,7 @@
 #include <cstdint>
 
 #define KELM_API __attribute__((visibility("default")))
+#define KELM_LOCAL __attribute__((visibility("hidden")))
 
 /// Header of a narrow block; the characters lie directly behind it.
 struct KelmData {
@@ -607,22 +608,23 @@ private:
 
     void CopyUnshared(const Kelm& stringSrc);
     void DestroyUnshared();
-    void SetLength(int nLen);
-    void CutLeft(const char* pchFirst);
-    int CutRight(const char* pchEnd);
-    void TrimRightWhere(const bool* pTest);
-    void ReplaceHits(int nHits, int nOld, const char* pchOld, int nNew, const char* pchNew);
-    int ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart,
-                    long long nLimit);
+    KELM_LOCAL void SetLength(int nLen);
+    KELM_LOCAL void CutLeft(const char* pchFirst);
+    KELM_LOCAL int CutRight(const char* pchEnd);
+    KELM_LOCAL void TrimRightWhere(const bool* pTest);
+    KELM_LOCAL void ReplaceHits(int nHits, int nOld, const char* pchOld, int nNew,
+                                const char* pchNew);
+    KELM_LOCAL int ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart,
+                               long long nLimit);
     template <class FindNext>
     int RemoveEach(int nLen, FindNext find);
-    int RemoveJoining(const Kelm& upper, bool bFoldInPlace);
-    void TakeRest(int nHits, int nHit, int nRest, const char* pchRest);
-    void OpenGap(int nIndex, int nCount);
-    void FormatAt(int nIndex, const char* pchFormat, va_list argList);
-    static Kelm FromDigits(int nLen, const char* pchDigits, int nCapacity);
-    bool Recode(unsigned int nFrom, unsigned int nTo);
-    static Kelm Join(int nLen1, const char* pch1, int nLen2, const char* pch2);
+    KELM_LOCAL int RemoveJoining(const Kelm& upper, bool bFoldInPlace);
+    KELM_LOCAL void TakeRest(int nHits, int nHit, int nRest, const char* pchRest);
+    KELM_LOCAL void OpenGap(int nIndex, int nCount);
+    KELM_LOCAL void FormatAt(int nIndex, const char* pchFormat, va_list argList);
+    KELM_LOCAL static Kelm FromDigits(int nLen, const char* pchDigits, int nCapacity);
+    KELM_LOCAL bool Recode(unsigned int nFrom, unsigned int nTo);
+    KELM_LOCAL static Kelm Join(int nLen1, const char* pch1, int nLen2, const char* pch2);
 };
 
 template <>
@@ -744,7 +746,7 @@ protected:
 
 private:
     class Classes;
-    bool NextToken(const Classes& classes, const char* pchDelimiter);
+    KELM_LOCAL bool NextToken(const Classes& classes, const char* pchDelimiter);
 
     const Kelm& m_strSource;
     const char* m_pchText;
@@ -1169,17 +1171,19 @@ private:
 
     void CopyUnshared(const WString& stringSrc);
     void DestroyUnshared();
-    void SetLength(int nLen);
-    void CutLeft(const char16_t* pchFirst);
-    int CutRight(const char16_t* pchEnd);
+    KELM_LOCAL void SetLength(int nLen);
+    KELM_LOCAL void CutLeft(const char16_t* pchFirst);
+    KELM_LOCAL int CutRight(const char16_t* pchEnd);
     template <class Test>
     void TrimRightWhere(Test test);
-    void ReplaceHits(int nHits, int nOld, const char16_t* pchOld, int nNew, const char16_t* pchNew);
-    int RemoveJoining(int nUpper, const char16_t* pchUpper);
-    void TakeRest(int nHits, int nHit, int nRest, const char16_t* pchRest);
-    void FormatAt(int nIndex, const char16_t* pchFormat, va_list argList);
-    static WString FromDigits(int nLen, const char16_t* pchDigits, int nCapacity);
-    static WString Join(int nLen1, const char16_t* pch1, int nLen2, const char16_t* pch2);
+    KELM_LOCAL void ReplaceHits(int nHits, int nOld, const char16_t* pchOld, int nNew,
+                                const char16_t* pchNew);
+    KELM_LOCAL int RemoveJoining(int nUpper, const char16_t* pchUpper);
+    KELM_LOCAL void TakeRest(int nHits, int nHit, int nRest, const char16_t* pchRest);
+    KELM_LOCAL void FormatAt(int nIndex, const char16_t* pchFormat, va_list argList);
+    KELM_LOCAL static WString FromDigits(int nLen, const char16_t* pchDigits, int nCapacity);
+    KELM_LOCAL static WString Join(int nLen1, const char16_t* pch1, int nLen2,
+                                   const char16_t* pch2);
 };
 
 /// @name Joining wide text
