@@ -30,10 +30,13 @@ inline bool is_utf8_start(unsigned char lead, unsigned char second) noexcept {
 /// that does not continue the sequence, so never behind a NUL.
 inline std::size_t utf8_length(const char* p) noexcept {
     const auto lead = static_cast<unsigned char>(p[0]);
+    if (lead >= 0xC2 && lead < 0xE0) {
+        return is_utf8_continuation(p[1]) ? 2 : 1;
+    }
     if (lead < 0xC2 || !is_utf8_start(lead, static_cast<unsigned char>(p[1]))) {
         return 1;
     }
-    const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    const std::size_t length = lead < 0xF0 ? 3 : 4;
     for (std::size_t i = 2; i < length; ++i) {
         if (!is_utf8_continuation(p[i])) {
             return 1;

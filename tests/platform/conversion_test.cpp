@@ -1,0 +1,531 @@
+#include "conversion.h"
+
+#include <gtest/gtest.h>
+#include <iconv.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <memory>
+#include <random>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "code_pages.h"
+#include "locales.h"
+
+namespace platform {
+namespace {
+
+using std::u16string;
+using namespace std::string_literals;
+
+/// Decodes from a block and into a block of exactly the size, with both calls and with the object.
+u16string Decode(unsigned int page, std::string_view bytes) {
+    const auto source = std::make_unique<char[]>(bytes.size());
+    std::copy(bytes.begin(), bytes.end(), source.get());
+    const int length = static_cast<int>(bytes.size());
+    const int size = MultiByteToWideChar(page, source.get(), length, nullptr, 0);
+    const auto units = std::make_unique<char16_t[]>(static_cast<std::size_t>(size));
+    if (size > 0) {
+        EXPECT_EQ(MultiByteToWideChar(page, source.get(), length, units.get(), size), size);
+    }
+    return {units.get(), static_cast<std::size_t>(size)};
+}
+
+std::string Encode(unsigned int page, std::u16string_view text) {
+    const auto source = std::make_unique<char16_t[]>(text.size());
+    std::copy(text.begin(), text.end(), source.get());
+    const int length = static_cast<int>(text.size());
+    const int size = WideCharToMultiByte(page, source.get(), length, nullptr, 0);
+    const auto bytes = std::make_unique<char[]>(static_cast<std::size_t>(size));
+    if (size > 0) {
+        EXPECT_EQ(WideCharToMultiByte(page, source.get(), length, bytes.get(), size), size);
+    }
+    return {bytes.get(), static_cast<std::size_t>(size)};
+}
+
+void Append(u16string& text, char32_t code) {
+    if (code >= 0x10000) {
+        text += static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10));
+        code = 0xDC00 + ((code - 0x10000) & 0x3FF);
+    }
+    text += static_cast<char16_t>(code);
+}
+
+std::string Bytes(std::initializer_list<int> values) {
+    std::string text;
+    for (int value : values) {
+        text += static_cast<char>(value);
+    }
+    return text;
+}
+
+struct Utf8Form {
+    unsigned char first[2];
+    std::vector<std::pair<int, int>> others;
+};
+
+const Utf8Form kUtf8Forms[] = {
+    {{0x00, 0x7F}, {}},
+    {{0xC2, 0xDF}, {{0x80, 0xBF}}},
+    {{0xE0, 0xE0}, {{0xA0, 0xBF}, {0x80, 0xBF}}},
+    {{0xE1, 0xEC}, {{0x80, 0xBF}, {0x80, 0xBF}}},
+    {{0xED, 0xED}, {{0x80, 0x9F}, {0x80, 0xBF}}},
+    {{0xEE, 0xEF}, {{0x80, 0xBF}, {0x80, 0xBF}}},
+    {{0xF0, 0xF0}, {{0x90, 0xBF}, {0x80, 0xBF}, {0x80, 0xBF}}},
+    {{0xF1, 0xF3}, {{0x80, 0xBF}, {0x80, 0xBF}, {0x80, 0xBF}}},
+    {{0xF4, 0xF4}, {{0x80, 0x8F}, {0x80, 0xBF}, {0x80, 0xBF}}},
+};
+
+u16string SlowUtf8(std::string_view bytes) {
+    u16string text;
+    for (std::size_t i = 0; i < bytes.size();) {
+        const auto lead = static_cast<unsigned char>(bytes[i++]);
+        const Utf8Form* form = std::find_if(
+            std::begin(kUtf8Forms), std::end(kUtf8Forms),
+            [&](const Utf8Form& f) { return lead >= f.first[0] && lead <= f.first[1]; });
+        if (form == std::end(kUtf8Forms)) {
+            text += u'\xFFFD';
+            continue;
+        }
+        const std::size_t more = form->others.size();
+        char32_t code = more == 0 ? lead : lead & (0x3Fu >> more);
+        std::size_t matched = 0;
+        for (; matched < more && i < bytes.size(); ++matched, ++i) {
+            const auto byte = static_cast<unsigned char>(bytes[i]);
+            if (byte < form->others[matched].first || byte > form->others[matched].second) {
+                break;
+            }
+            code = code * 64 + (byte - 0x80u);
+        }
+        Append(text, matched == more ? code : 0xFFFD);
+    }
+    return text;
+}
+
+std::string SlowUtf8(std::u16string_view text) {
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        char32_t code = text[i];
+        if (code >= 0xD800 && code < 0xDC00 && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
+            text[i + 1] < 0xE000) {
+            code = 0x10000 + (code - 0xD800) * 0x400 + (text[++i] - 0xDC00u);
+        } else if (code >= 0xD800 && code < 0xE000) {
+            code = 0xFFFD;
+        }
+        const int more = code < 0x80 ? 0 : code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
+        const unsigned int marks[] = {0, 0xC0, 0xE0, 0xF0};
+        bytes += static_cast<char>(marks[more] | code >> 6 * more);
+        for (int k = more - 1; k >= 0; --k) {
+            bytes += static_cast<char>(0x80 | (code >> 6 * k & 0x3F));
+        }
+    }
+    return bytes;
+}
+
+// Every byte that an edge of a range lies at.
+const std::string kEdges =
+    Bytes({0x00, 0x41, 0x7F, 0x80, 0x8F, 0x90, 0x9F, 0xA0, 0xBF, 0xC0, 0xC1, 0xC2, 0xDF,
+           0xE0, 0xE1, 0xEC, 0xED, 0xEE, 0xEF, 0xF0, 0xF1, 0xF3, 0xF4, 0xF5, 0xFF});
+
+TEST(Utf8, EveryShortSequenceOfEdgeBytes) {
+    const auto check = [](const std::string& bytes) {
+        ASSERT_EQ(Decode(65001, bytes), SlowUtf8(bytes)) << testing::PrintToString(bytes);
+    };
+    for (char a : kEdges) {
+        check({a});
+        for (char b : kEdges) {
+            check({a, b});
+            for (char c : kEdges) {
+                check({a, b, c});
+            }
+        }
+    }
+    for (char b : kEdges) {
+        for (char c : kEdges) {
+            for (char d : kEdges) {
+                for (int a : {0xF0, 0xF1, 0xF4, 0xE1}) {
+                    check({static_cast<char>(a), b, c, d});
+                }
+            }
+        }
+    }
+}
+
+/// Characters of the width, mixed with those of other widths the more the smaller `purity` is.
+u16string RandomText(std::mt19937& random, int width, unsigned int purity, std::size_t length) {
+    static constexpr char32_t kFirst[] = {0, 0x20, 0x80, 0x800, 0x10000};
+    static constexpr char32_t kLast[] = {0, 0x7E, 0x7FF, 0xD7FF, 0x10FFFF};
+    u16string text;
+    while (text.size() < length) {
+        const auto w = random() % purity == 0 ? 1 + random() % 4 : static_cast<unsigned>(width);
+        Append(text, kFirst[w] + static_cast<char32_t>(random() % (kLast[w] - kFirst[w] + 1)));
+    }
+    return text;
+}
+
+// Blocks of every make-up at every offset and length, pure, mixed and with a damaged byte or unit.
+TEST(Utf8, BlocksAgreeWithSingleSteps) {
+    std::mt19937 random(20);
+    for (int width = 1; width <= 4; ++width) {
+        for (unsigned int purity : {2u, 20u, 1000000u}) {
+            for (std::size_t length = 0; length <= 70; ++length) {
+                const u16string text = RandomText(random, width, purity, length + 16);
+                const std::string bytes = SlowUtf8(text);
+                for (std::size_t offset = 0; offset < 16; ++offset) {
+                    const u16string part = text.substr(offset, length);
+                    ASSERT_EQ(Encode(65001, part), SlowUtf8(part));
+                    std::string piece = bytes.substr(offset, length);
+                    ASSERT_EQ(Decode(65001, piece), SlowUtf8(piece));
+                    if (length > 0) {
+                        piece[random() % length] = kEdges[random() % kEdges.size()];
+                        ASSERT_EQ(Decode(65001, piece), SlowUtf8(piece));
+                    }
+                }
+            }
+        }
+    }
+}
+
+// Longer than what is checked in one go: faults in front of, at and behind the joints.
+TEST(Utf8, LongTextsWithFaults) {
+    std::mt19937 random(21);
+    for (int width = 1; width <= 4; ++width) {
+        const std::string good = SlowUtf8(RandomText(random, width, 50, 5000));
+        EXPECT_EQ(Decode(65001, good), SlowUtf8(good));
+        for (std::size_t at = 1000; at < 1050; ++at) {
+            std::string bad = good;
+            bad.replace(at, 1 + random() % 6, random() % 8, kEdges[random() % kEdges.size()]);
+            ASSERT_EQ(Decode(65001, bad), SlowUtf8(bad)) << width << ' ' << at;
+        }
+    }
+    const std::string continuations(3000, '\x80');
+    EXPECT_EQ(Decode(65001, continuations), u16string(3000, u'\xFFFD'));
+    const std::string leads(3000, '\xE3');
+    EXPECT_EQ(Decode(65001, "x" + leads), u'x' + u16string(3000, u'\xFFFD'));
+}
+
+TEST(Utf8, EveryUnitAndEveryPairOfEdgeUnits) {
+    const char16_t edges[] = {0,      0x7F,   0x80,   0x7FF,  0x800,  0xD7FF,
+                              0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0xFFFF};
+    for (unsigned int unit = 0; unit <= 0xFFFF; ++unit) {
+        const u16string text(1, static_cast<char16_t>(unit));
+        ASSERT_EQ(Encode(65001, text), SlowUtf8(text)) << unit;
+    }
+    for (char16_t a : edges) {
+        for (char16_t b : edges) {
+            for (std::size_t front = 0; front < 18; ++front) {
+                const u16string text = u16string(front, u'\x3042') + a + b + u16string(20, u'x');
+                ASSERT_EQ(Encode(65001, text), SlowUtf8(text)) << +a << ' ' << +b << ' ' << front;
+            }
+        }
+    }
+}
+
+class Iconv {
+public:
+    Iconv(const char* to, const char* from) : handle_(iconv_open(to, from)) {}
+    ~Iconv() { iconv_close(handle_); }
+    Iconv(const Iconv&) = delete;
+    Iconv& operator=(const Iconv&) = delete;
+
+    /// 0 or the error of converting all of it on its own.
+    int Convert(std::string_view from, std::string& to) {
+        char* in = const_cast<char*>(from.data());
+        std::size_t inLeft = from.size();
+        char buffer[64];
+        char* out = buffer;
+        std::size_t room = sizeof buffer;
+        iconv(handle_, nullptr, nullptr, nullptr, nullptr);
+        const bool failed = iconv(handle_, &in, &inLeft, &out, &room) == std::size_t(-1) ||
+                            iconv(handle_, nullptr, nullptr, &out, &room) == std::size_t(-1);
+        to.assign(buffer, out);
+        return failed ? errno : 0;
+    }
+
+private:
+    iconv_t handle_;
+};
+
+u16string Units(const std::string& bytes) {
+    u16string text(bytes.size() / 2, u'\0');
+    std::copy(bytes.begin(), bytes.end(), reinterpret_cast<char*>(text.data()));
+    return text;
+}
+
+/// The shortest prefix that is a character; else the bytes that began one and the next, up to the
+/// first ASCII byte, are one U+FFFD.
+u16string SlowDecode(const CodePage& page, Iconv& iconv, std::string_view bytes) {
+    u16string text;
+    while (!bytes.empty()) {
+        std::string result;
+        const auto lead = static_cast<unsigned char>(bytes[0]);
+        std::size_t length = 0;
+        int error = EINVAL;
+        while (error == EINVAL && length < bytes.size()) {
+            error = iconv.Convert(bytes.substr(0, ++length), result);
+        }
+        if (error != 0) {
+            if (page.leadBytes != nullptr && page.IsLead(lead)) {
+                length = std::min<std::size_t>(2, bytes.size());
+            }
+            const auto* ascii = std::find_if(bytes.begin() + 1, bytes.begin() + length,
+                                             [](char c) { return (c & 0x80) == 0; });
+            length = static_cast<std::size_t>(ascii - bytes.begin());
+        }
+        text += error == 0 ? Units(result) : u"\xFFFD"s;
+        bytes.remove_prefix(length);
+    }
+    return text;
+}
+
+std::vector<const CodePage*> AllPages() {
+    std::vector<const CodePage*> pages;
+    for (unsigned int number = 1; number < 70000; ++number) {
+        if (const CodePage* page = find_code_page(number)) {
+            pages.push_back(page);
+        }
+    }
+    return pages;
+}
+
+bool HasShifts(const CodePage& page) {  // EBCDIC of several bytes
+    return page.grouping == Grouping::Other && page.number < 2000;
+}
+
+TEST(Pages, EverySequenceOfOneAndTwoBytes) {
+    for (const CodePage* page : AllPages()) {
+        if (HasShifts(*page) || page->grouping == Grouping::Utf8) {
+            continue;
+        }
+        Iconv iconv("UTF-16LE", page->converter);
+        const bool isSingle = page->grouping == Grouping::SingleByte;
+        for (unsigned int first = 0; first < 256; ++first) {
+            const std::string one = Bytes({static_cast<int>(first)});
+            ASSERT_EQ(Decode(page->number, one), SlowDecode(*page, iconv, one))
+                << page->number << ' ' << first;
+            for (int second = 0; second < 256 && !isSingle; ++second) {
+                const std::string two = one + static_cast<char>(second);
+                ASSERT_EQ(Decode(page->number, two), SlowDecode(*page, iconv, two))
+                    << page->number << ' ' << first << ' ' << second;
+            }
+        }
+    }
+}
+
+// Downwards, so that no surrogates pair up; every unit for itself where characters shift states.
+TEST(Pages, EveryUnit) {
+    for (const CodePage* page : AllPages()) {
+        Iconv iconv(page->converter, "UTF-16LE");
+        const bool isAlone = HasShifts(*page);
+        std::string question;
+        ASSERT_EQ(iconv.Convert("?\0"s, question), 0);
+        u16string text;
+        std::string wanted;
+        for (int unit = 0xFFFF; unit >= 0; unit -= isAlone ? 997 : 1) {
+            std::string one;
+            if (iconv.Convert(Bytes({unit & 0xFF, unit >> 8}), one) != 0) {
+                one = page->grouping == Grouping::Utf8 ? "\xEF\xBF\xBD" : question;
+            }
+            text += static_cast<char16_t>(unit);
+            wanted += one;
+            if (isAlone || unit == 0) {
+                ASSERT_EQ(Encode(page->number, text), wanted) << page->number << ' ' << unit;
+                text.clear();
+                wanted.clear();
+            }
+        }
+    }
+}
+
+// Sequences of three and four bytes from edge bytes, where pages have them.
+TEST(Pages, LongerSequences) {
+    const std::string edges = Bytes({0x00, 0x2F, 0x30, 0x39, 0x3A, 0x7E, 0x80, 0x81, 0x84, 0x8E,
+                                     0x8F, 0x90, 0xA0, 0xA1, 0xA2, 0xB0, 0xE3, 0xFE, 0xFF});
+    for (unsigned int number : {51932u, 54936u}) {
+        const CodePage* page = find_code_page(number);
+        Iconv iconv("UTF-16LE", page->converter);
+        const auto check = [&](const std::string& bytes) {
+            ASSERT_EQ(Decode(number, bytes), SlowDecode(*page, iconv, bytes))
+                << testing::PrintToString(bytes);
+        };
+        for (int second = 0x80; second < 0x100; ++second) {
+            for (int third = 0; third < 0x100; ++third) {
+                check(Bytes({0x8F, second, third}));
+            }
+        }
+        for (char a : edges) {
+            for (char b : edges) {
+                for (char c : edges) {
+                    check({a, b, c});
+                    for (char d : edges) {
+                        check({a, b, c, d});
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(Pages, Gb18030HasEveryCharacterAboveTheBmp) {
+    Iconv iconv("GB18030", "UTF-16LE");
+    for (char32_t code = 0x10000; code <= 0x10FFFF; code += code % 0x1000 == 0xFFF ? 1 : 7) {
+        u16string text;
+        Append(text, code);
+        std::string wanted;
+        ASSERT_EQ(iconv.Convert({reinterpret_cast<const char*>(text.data()), 4}, wanted), 0);
+        ASSERT_EQ(Encode(54936, text), wanted) << std::size_t{code};
+        ASSERT_EQ(Decode(54936, wanted), text) << std::size_t{code};
+    }
+}
+
+// Runs of every make-up and length: what a page decodes, it encodes back.
+TEST(Pages, LongTexts) {
+    std::mt19937 random(22);
+    for (unsigned int number : {437u, 932u, 936u, 949u, 950u, 1252u, 1258u, 1361u, 20127u, 28591u,
+                                500u, 939u, 51932u, 51949u, 54936u}) {
+        for (int round = 0; round < 200; ++round) {
+            const auto purity = 1 + random() % 40;
+            u16string text;
+            for (std::size_t length = random() % 90; text.size() < length;) {
+                const bool isOther = random() % purity == 0;
+                const std::string one = Encode(
+                    number, u16string(1, static_cast<char16_t>(isOther ? 0x80 + random() % 0xFF00
+                                                                       : 'a' + random() % 26)));
+                text += Decode(number, one);
+            }
+            ASSERT_EQ(Decode(number, Encode(number, text)), text) << number;
+        }
+    }
+}
+
+TEST(Pages, OneQuestionMarkForACodePoint) {
+    const u16string text =
+        u"a\xD83D\xDE00"
+        u"b\xDE00\xD83D"
+        u"c\x4E00\xFFFF\xD83D";
+    for (unsigned int page : {20127u, 28591u, 1252u, 1255u, 1361u, 51949u}) {
+        const std::string han = Encode(page, u"\x4E00");
+        EXPECT_EQ(Encode(page, text), "a?b??c" + han + "??") << page;
+        const u16string padding(33, u'x');
+        EXPECT_EQ(Encode(page, padding + text + padding),
+                  std::string(33, 'x') + "a?b??c" + han + "??" + std::string(33, 'x'));
+    }
+    EXPECT_EQ(Encode(500, u"a\xD83D\xDE00"), "\x81\x6F");
+}
+
+TEST(Pages, OwnSingleBytes) {
+    EXPECT_EQ(Decode(20127, "a\x7F\x80\xFF"), u"a\x7F\xFFFD\xFFFD");
+    EXPECT_EQ(Encode(20127, u"a\x7F\x80\xFF"), "a\x7F??");
+    EXPECT_EQ(Decode(28591, "a\x7F\x80\xFF"), u"a\x7F\x80\xFF");
+    EXPECT_EQ(Encode(28591, u"a\x7F\x80\xFF\x100"), "a\x7F\x80\xFF?");
+}
+
+// The converter of 1255 puts letter and point together; the page has no such character.
+TEST(Pages, BytesAreNotComposed) {
+    EXPECT_EQ(Decode(1255, "\xE0\xC7"), u"\x05D0\x05B7");
+    EXPECT_EQ(Encode(1255, u"\xFB2E"), "\xE0\xC7");
+}
+
+TEST(Pages, ShiftsBetweenStates) {
+    u16string text;
+    for (int i = 0; i < 500; ++i) {
+        text += i % 7 == 0 ? u"ab\x3042"s : u"\x4E00\x4E8C"s;
+    }
+    const std::string bytes = Encode(939, text);
+    Iconv iconv("IBM939", "UTF-16LE");
+    std::string start;
+    ASSERT_EQ(iconv.Convert({reinterpret_cast<const char*>(text.data()), 20}, start), 0);
+    EXPECT_EQ(bytes.substr(0, start.size() - 1), start.substr(0, start.size() - 1));
+    EXPECT_EQ(bytes.back(), '\x0F');
+    EXPECT_EQ(Decode(939, bytes), text);
+    EXPECT_EQ(Decode(939, "\xC1\x0E"), u"A");
+    EXPECT_EQ(Decode(939, "\xC1\x0E\x45"), u"A\xFFFD");
+    EXPECT_EQ(Encode(939, u"A\xD83D\xDE00\xDB40\xDC41"), "\xC1\x6F\x6F");
+}
+
+TEST(Contract, ZeroMeansTheProcess) {
+    const struct {
+        const char* locale;
+        std::string bytes;
+    } cases[] = {
+        {"C", "\xC3\xA4\xE3\x81\x82"},     {"de_DE.ISO-8859-1", "\xE4"},
+        {"ja_JP.SHIFT_JIS", "\x82\xA0"},   {"ja_JP.EUC-JP", "\xA4\xA2\x8F\xB0\xA1"},
+        {"ka_GE.GEORGIAN-PS", "\xC0\xC1"}, {"zh_TW.EUC-TW", "\x8E\xA2\xA1\xA1\xC4\xE3x"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.locale);
+        const LocaleScope locale(c.locale);
+        const std::string converter = process_code_page()->converter;
+        Iconv iconv("UTF-16LE", converter.c_str());
+        std::string wanted;
+        ASSERT_EQ(iconv.Convert(c.bytes, wanted), 0);
+        EXPECT_EQ(Decode(0, c.bytes), Units(wanted));
+        EXPECT_EQ(Encode(0, Units(wanted)), c.bytes);
+    }
+}
+
+TEST(Contract, FailuresWriteNothing) {
+    char16_t units[8] = {7, 7, 7, 7, 7, 7, 7, 7};
+    char bytes[8] = {7, 7, 7, 7, 7, 7, 7, 7};
+    for (unsigned int page : {65001u, 932u, 1252u, 20127u, 28591u, 939u, 54936u}) {
+        for (int length : {0, -1, INT_MIN}) {
+            EXPECT_EQ(MultiByteToWideChar(page, "abc", length, units, 8), 0);
+            EXPECT_EQ(WideCharToMultiByte(page, u"abc", length, bytes, 8), 0);
+        }
+        for (int room : {2, 1, -1}) {
+            EXPECT_EQ(MultiByteToWideChar(page, "abc", 3, units, room), 0);
+            EXPECT_EQ(WideCharToMultiByte(page, u"abc", 3, bytes, room), 0);
+        }
+    }
+    for (unsigned int page : {1u, 1200u, 65000u, 99999u}) {
+        EXPECT_EQ(MultiByteToWideChar(page, "abc", 3, units, 8), 0);
+        EXPECT_EQ(WideCharToMultiByte(page, u"abc", 3, bytes, 8), 0);
+        EXPECT_EQ(Decoding(page, "abc", 3).Write(units), 0);
+        EXPECT_EQ(Encoding(page, u"abc", 3).Write(bytes), 0);
+    }
+    EXPECT_EQ(std::count(units, units + 8, 7), 8);
+    EXPECT_EQ(std::count(bytes, bytes + 8, 7), 8);
+}
+
+TEST(Contract, ErrnoStays) {
+    errno = 4711;
+    for (unsigned int page : {869u, 939u, 65001u, 77777u}) {
+        Encode(page, u"\x4E00?");
+        Decode(page, "\xFF\xFE");
+    }
+    EXPECT_EQ(errno, 4711);
+}
+
+// Every test runs in a process of its own, so the threads find no table of these pages.
+TEST(Contract, ThreadsBuildATableAtOnce) {
+    const struct {
+        unsigned int page;
+        std::string bytes;
+        u16string text;
+    } cases[] = {{950, "\xA4\x40", u"\x4E00"}, {1251, "\xC0", u"\x0410"}, {437, "\x84", u"\xE4"}};
+    std::atomic<int> waiting{4};
+    const auto work = [&] {
+        --waiting;
+        while (waiting != 0) {
+        }
+        for (const auto& c : cases) {
+            EXPECT_EQ(Encode(c.page, c.text), c.bytes);
+            EXPECT_EQ(Decode(c.page, c.bytes), c.text);
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back(work);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+}  // namespace
+}  // namespace platform
