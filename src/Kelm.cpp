@@ -1507,7 +1507,8 @@ void Kelm::AllocBuffer(int nLen) {
     m_pchData[nLen] = '\0';
 }
 
-void Kelm::FreeData(KelmData* pData) {
+/// Not inlined: next to `Init` the compiler takes the static empty block for one to be freed.
+__attribute__((noinline)) void Kelm::FreeData(KelmData* pData) {
     ::operator delete[](pData);
 }
 

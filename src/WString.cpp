@@ -926,7 +926,8 @@ void WString::AllocBuffer(int nLen) {
     m_pchData[nLen] = u'\0';
 }
 
-void WString::FreeData(WStringData* pData) {
+/// Not inlined: next to `Init` the compiler takes the static empty block for one to be freed.
+__attribute__((noinline)) void WString::FreeData(WStringData* pData) {
     ::operator delete[](pData);
 }
 
