@@ -1,0 +1,206 @@
+#include "print.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "format_syntax.h"
+#include "print_float.h"
+#include "print_integer.h"
+#include "print_sink.h"
+#include "print_text.h"
+#include "wide_text.h"
+
+namespace platform {
+
+namespace {
+
+std::size_t bounded_length(const char* text, std::size_t limit) {
+    return ::strnlen(text, limit);
+}
+
+std::size_t bounded_length(const char16_t* text, std::size_t limit) {
+    std::size_t length = 0;
+    while (length < limit && text[length] != u'\0') {
+        ++length;
+    }
+    return length;
+}
+
+std::size_t padding(const Conversion& conversion, std::size_t length) {
+    const std::size_t width = static_cast<std::size_t>(conversion.width);
+    return width > length ? width - length : 0;
+}
+
+template <class Unit>
+class Printer {
+public:
+    Printer(Unit* destination, int capacity, ProcessPage& page)
+        : sink_(destination, capacity), page_(page), point_(page) {}
+
+    void Literal(const Unit* text, std::size_t count) { sink_.Put(text, count); }
+
+    void Convert(const Conversion& conversion) {
+        switch (conversion.kind) {
+            case Kind::Character:
+                PutCharacter(conversion);
+                return;
+            case Kind::Text:
+                PutTextArgument(conversion);
+                return;
+            case Kind::Integer:
+                PutInteger(conversion);
+                return;
+            case Kind::Floating:
+                PutFloating(conversion);
+                return;
+            case Kind::Pointer:
+                PutPointer(conversion);
+                return;
+            case Kind::Nothing:
+            case Kind::None:
+                return;
+        }
+    }
+
+    int Finish() { return sink_.Finish(); }
+
+private:
+    using Other = std::conditional_t<std::is_same<Unit, char>::value, char16_t, char>;
+    static constexpr bool kIsWide = std::is_same<Unit, char16_t>::value;
+
+    void PadLeft(const Conversion& conversion, std::size_t length) {
+        if (!conversion.isLeft) {
+            sink_.Fill(' ', padding(conversion, length));
+        }
+    }
+
+    void PadRight(const Conversion& conversion, std::size_t length) {
+        if (conversion.isLeft) {
+            sink_.Fill(' ', padding(conversion, length));
+        }
+    }
+
+    void PutCharacter(const Conversion& conversion) {
+        if (conversion.isWide == kIsWide) {
+            PadLeft(conversion, 1);
+            sink_.Put(static_cast<Unit>(conversion.integer));
+            PadRight(conversion, 1);
+            return;
+        }
+        const CodePage& page = page_.Get();
+        const Other unit = static_cast<Other>(conversion.integer);
+        PutConverted(conversion,
+                     [&](Sink<Unit>& sink) { return put_converted_unit(sink, page, unit); });
+    }
+
+    /// `put` prints into the sink it is given and says how long the text is.
+    template <class Put>
+    void PutConverted(const Conversion& conversion, Put put) {
+        if (conversion.width != 0 && !conversion.isLeft) {
+            Sink<Unit> counter(nullptr, 0);
+            PadLeft(conversion, put(counter));
+        }
+        PadRight(conversion, put(sink_));
+    }
+
+    void PutTextArgument(const Conversion& conversion) {
+        const std::size_t limit =
+            conversion.hasPrecision ? static_cast<std::size_t>(conversion.precision) : SIZE_MAX;
+        if (conversion.pointer == nullptr) {
+            constexpr std::size_t kLength = 6;
+            PutPadded(conversion, "(null)", std::min(kLength, limit));
+        } else if (conversion.isWide == kIsWide) {
+            PutOwnText(conversion, static_cast<const Unit*>(conversion.pointer), limit);
+        } else {
+            const CodePage& page = page_.Get();
+            const Other* text = static_cast<const Other*>(conversion.pointer);
+            PutConverted(conversion,
+                         [&](Sink<Unit>& sink) { return put_converted(sink, page, text, limit); });
+        }
+    }
+
+    void PutOwnText(const Conversion& conversion, const Unit* text, std::size_t limit) {
+        const std::size_t length = bounded_length(text, limit);
+        PadLeft(conversion, length);
+        sink_.Put(text, length);
+        PadRight(conversion, length);
+    }
+
+    void PutPadded(const Conversion& conversion, const char* text, std::size_t length) {
+        PadLeft(conversion, length);
+        sink_.PutAscii(text, length);
+        PadRight(conversion, length);
+    }
+
+    void PutInteger(const Conversion& conversion) {
+        const IntegerText text(conversion);
+        const std::size_t count = text.Count();
+        const std::size_t precision = static_cast<std::size_t>(conversion.precision);
+        std::size_t zeros = precision > count ? precision - count : 0;
+        std::size_t length = text.prefix.length + zeros + count;
+        if (conversion.hasZero && !conversion.isLeft && !conversion.hasPrecision) {
+            zeros = padding(conversion, length);
+            length += zeros;
+        }
+        PadLeft(conversion, length);
+        sink_.PutAscii(text.prefix.text, text.prefix.length);
+        sink_.Fill('0', zeros);
+        sink_.PutAscii(text.digits, count);
+        PadRight(conversion, length);
+    }
+
+    void PutPointer(const Conversion& conversion) {
+        if (conversion.pointer != nullptr) {
+            PutInteger(conversion);
+        } else {
+            constexpr std::size_t kLength = 5;
+            PutPadded(conversion, "(nil)", kLength);
+        }
+    }
+
+    void PutFloating(const Conversion& conversion) {
+        constexpr int kDefaultPrecision = 6;
+        const FloatText text(std::abs(conversion.real), conversion.letter,
+                             conversion.hasPrecision ? conversion.precision : kDefaultPrecision,
+                             conversion.alternates != 0);
+        NumberPrefix prefix;
+        prefix.PutSign(conversion, std::signbit(conversion.real));
+        std::size_t length = prefix.length + text.whole.size() +
+                             (text.hasPoint ? point_.Length() : 0) + text.fraction.size() +
+                             text.zeros + text.exponent.size();
+        std::size_t zeros = 0;
+        if (conversion.hasZero && !conversion.isLeft && std::isfinite(conversion.real)) {
+            zeros = padding(conversion, length);
+            length += zeros;
+        }
+        PadLeft(conversion, length);
+        sink_.PutAscii(prefix.text, prefix.length);
+        sink_.Fill('0', zeros);
+        put_float(sink_, point_, text);
+        PadRight(conversion, length);
+    }
+
+    Sink<Unit> sink_;
+    ProcessPage& page_;
+    DecimalPoint<Unit> point_;
+};
+
+template <class Unit>
+int print(Unit* destination, int capacity, const Unit* format, va_list arguments) {
+    ProcessPage page;
+    Printer<Unit> printer(destination, capacity, page);
+    walk_format(format, arguments, page, printer);
+    return printer.Finish();
+}
+
+}  // namespace
+
+int vsprintf(char* destination, int capacity, const char* format, va_list arguments) {
+    return print(destination, capacity, format, arguments);
+}
+
+int _vswprintf(char16_t* destination, int capacity, const char16_t* format, va_list arguments) {
+    return print(destination, capacity, format, arguments);
+}
+
+}  // namespace platform

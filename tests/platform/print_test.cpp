@@ -1,0 +1,358 @@
+#include "print.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cfloat>
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+#include "locales.h"
+#include "printing.h"
+#include "system_errors.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+using printing::call;
+using printing::call_bounded;
+using printing::expected;
+using printing::widen;
+
+std::vector<std::string> options(const std::vector<std::string>& precisions) {
+    std::vector<std::string> result;
+    for (int flags = 0; flags < 32; ++flags) {
+        std::string text = "%";
+        for (int bit = 0; bit < 5; ++bit) {
+            text.append(flags >> bit & 1, "#-+ 0"[bit]);
+        }
+        for (const char* width : {"", "1", "7", "45"}) {
+            for (const std::string& precision : precisions) {
+                result.push_back(text + width + precision);
+            }
+        }
+    }
+    return result;
+}
+
+/// Both widths against the C library, and what an estimate promises.
+template <class Value>
+void compare(const std::string& format, const std::string& cFormat, Value value) {
+    const std::string wanted = expected(cFormat.c_str(), value);
+    const auto narrow = call(format.c_str(), value);
+    const auto wide = call(widen(format).c_str(), value);
+    ASSERT_EQ(narrow.text, wanted) << format;
+    ASSERT_EQ(wide.text, widen(wanted)) << format;
+    ASSERT_TRUE(!narrow.estimate.isBound || narrow.length <= narrow.estimate.length) << format;
+    ASSERT_TRUE(!wide.estimate.isBound || wide.length <= wide.estimate.length) << format;
+}
+
+TEST(Print, IntegersAsTheCLibraryDoes) {
+    const long long values[] = {0,        1,         -1,        9,        10,      99,
+                                100,      -12345,    65535,     32768,    INT_MAX, INT_MIN,
+                                UINT_MAX, 1LL << 40, INT64_MAX, INT64_MIN};
+    const char* const prefixes[][2] = {{"", ""},   {"I32", ""},   {"l", ""},
+                                       {"h", "h"}, {"I64", "ll"}, {"F", ""}};
+    for (const std::string& option : options({"", ".", ".0", ".1", ".12", ".40"})) {
+        for (const auto& prefix : prefixes) {
+            for (const char letter : {'d', 'i', 'o', 'u', 'x', 'X'}) {
+                for (const long long value : values) {
+                    const std::string format = option + prefix[0] + letter;
+                    const std::string cFormat = option + prefix[1] + letter;
+                    if (std::strcmp(prefix[0], "I64") == 0) {
+                        compare(format, cFormat, value);
+                    } else {
+                        compare(format, cFormat, static_cast<int>(value));
+                    }
+                }
+            }
+        }
+        for (const std::uintptr_t value : {std::uintptr_t{0}, std::uintptr_t{0xBEEF}}) {
+            compare(option + "p", option + "p", reinterpret_cast<void*>(value));
+        }
+        if (HasFatalFailure()) {
+            return;
+        }
+    }
+}
+
+TEST(Print, FloatingPointAsTheCLibraryDoes) {
+    const double values[] = {0.0,      0.1,     0.5,     2.5,    1.0,         9.9995,
+                             123456.5, 1e-4,    1e-5,    1e15,   123456789.0, 1e22,
+                             1e100,    DBL_MAX, DBL_MIN, 5e-324, INFINITY,    NAN};
+    for (const char* name : {"C", "de_DE.UTF-8"}) {
+        const LocaleScope locale(name);
+        for (const std::string& option : options({"", ".", ".0", ".1", ".2", ".17", ".60"})) {
+            for (const char letter : {'e', 'f', 'g', 'G'}) {
+                for (const double value : values) {
+                    compare(option + letter, option + letter, value);
+                    compare(option + letter, option + letter, -value);
+                }
+            }
+            if (HasFatalFailure()) {
+                return;
+            }
+        }
+    }
+}
+
+TEST(Print, FloatingPointWithEveryDigit) {
+    for (const double value : {5e-324, DBL_MAX, 0.1, 1e23, 0.0, 123.456}) {
+        for (const char* format :
+             {"%.1080f", "%.5000f", "%#.2000g", "%.2000g", "%.1100e", "%#.1075G", "%02000.800f"}) {
+            compare(format, format, value);
+        }
+    }
+    // The C library loses these zeros where rounding gives a digit more.
+    EXPECT_EQ(call("%#g|%#.2g|%#.3G", 999999.5, 99.95, 0.00009999).text,
+              "1.00000e+06|1.0e+02|0.000100");
+    for (int precision = 0; precision < 40; ++precision) {
+        for (const double value : {9.5, 99.95, 0.00099999999999999, 999999999999999.9}) {
+            const std::string digits = "." + std::to_string(precision);
+            compare("%" + digits + "g", "%" + digits + "g", value);
+            compare("%" + digits + "f", "%" + digits + "f", value);
+        }
+    }
+}
+
+TEST(Print, RandomNumbersAsTheCLibraryDoes) {
+    std::uint64_t state = 42;
+    const auto next = [&state] {
+        state = state * 6364136223846793005u + 1442695040888963407u;
+        return state ^ state >> 29;
+    };
+    const char* const formats[] = {"%g",    "%.17g", "%f",   "%.2f", "%e",
+                                   "%.15g", "%.3f",  "%.0f", "%.9e"};
+    for (int round = 0; round < 60000; ++round) {
+        const std::uint64_t bits = next();
+        double value;
+        std::memcpy(&value, &bits, sizeof value);
+        const double everyday = static_cast<double>(next() % 1000000000) / std::pow(10, next() % 8);
+        const char* format = formats[next() % std::size(formats)];
+        compare(format, format, value);
+        compare(format, format, everyday);
+        compare("%I64d", "%lld", static_cast<long long>(bits >> next() % 64));
+        ASSERT_FALSE(HasFatalFailure());
+    }
+}
+
+TEST(Print, TextsAndCharactersOfTheOwnWidth) {
+    for (const char* option : {"", "3", "8", "-8", ".2", "8.2", "-8.2", ".0", ".", ".9", "+ #8"}) {
+        for (const char* prefix : {"", "F", "L", "N", "I32"}) {
+            const std::string middle = std::string("%") + option;
+            const std::string cFormat = "<" + middle + "s|" + middle + "c>";
+            const std::string format = "<" + middle + prefix + "s|" + middle + prefix + "c>";
+            for (const char* text : {"", "abc", "12345678"}) {
+                const std::string wanted = expected(cFormat.c_str(), text, '%');
+                EXPECT_EQ(call(format.c_str(), text, '%').text, wanted) << format;
+                EXPECT_EQ(call(widen(format).c_str(), widen(text).c_str(), u'%').text,
+                          widen(wanted))
+                    << format;
+            }
+        }
+    }
+    const char* const none = nullptr;
+    EXPECT_EQ(call("%s|%8S|%-8s|%.3s|%.0ls", none, none, none, none, none).text,
+              "(null)|  (null)|(null)  |(nu|");
+    EXPECT_EQ(call(u"%s|%8S|%.3hs", none, none, none).text, u"(null)|  (null)|(nu");
+}
+
+TEST(Print, TextsOfTheOtherWidth) {
+    const LocaleScope locale("en_US.UTF-8");
+    const char16_t* const wide = u"aä\u20AC\U0001F600z";
+    const char* const narrow = "a\u00E4\u20AC\U0001F600z";
+    EXPECT_EQ(call("%S|%ls|%lS", wide, wide, wide).text,
+              std::string(narrow) + "|" + narrow + "|" + narrow);
+    EXPECT_EQ(call(u"%S|%hs|%hS", narrow, narrow, narrow).text,
+              std::u16string(wide) + u"|" + wide + u"|" + wide);
+    const struct {
+        const char* format;
+        const char* narrow;
+        const char16_t* wide;
+    } cases[] = {
+        {"%.1S", "a", u"a"},
+        {"%.2S", "a", u"aä"},
+        {"%.3S", "aä", u"aä\u20AC"},
+        {"%.4S", "aä", u"aä\u20AC"},
+        {"%.5S", "aä", u"aä\u20AC\U0001F600"},
+        {"%.9S", "aä\u20AC", u"aä\u20AC\U0001F600z"},
+        {"%.10S", "aä\u20AC\U0001F600", u"aä\u20AC\U0001F600z"},
+        {"%5.3S|", "  aä|", u"  aä\u20AC|"},
+        {"%-5.3S|", "aä  |", u"aä\u20AC  |"},
+        {"%13S|", "  aä\u20AC\U0001F600z|", u"       aä\u20AC\U0001F600z|"},
+        {"%.0S|", "|", u"|"},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(call(row.format, wide).text, row.narrow) << row.format;
+        EXPECT_EQ(call(widen(row.format).c_str(), narrow).text, row.wide) << row.format;
+    }
+    EXPECT_EQ(call("%C|%4lc|%-4C|", u'ä', u'ä', u'ä').text, "ä|  ä|ä  |");
+    EXPECT_EQ(call(u"%C|%4hc|%hC", 'a', 'b', 0xE4).text, u"a|   b|\uFFFD");
+}
+
+// Chunks must not show: texts around every length at which one could end inside a character.
+TEST(Print, LongTextsOfTheOtherWidth) {
+    const LocaleScope locale("en_US.UTF-8");
+    const struct {
+        const char* narrow;
+        const char16_t* wide;
+    } fills[] = {{"\u20AC", u"\u20AC"}, {"\U0001F600", u"\U0001F600"}, {"\xE2\x82", u"\uFFFD"}};
+    for (const auto& fill : fills) {
+        for (int lead = 0; lead < 5; ++lead) {
+            std::string narrow(static_cast<std::size_t>(lead), 'x');
+            std::u16string wide = widen(narrow);
+            for (int i = 0; i < 700; ++i) {
+                narrow += fill.narrow;
+                wide += fill.wide;
+            }
+            EXPECT_EQ(call(u"%S", narrow.c_str()).text, wide);
+            EXPECT_EQ(call(u"%2000S", narrow.c_str()).text,
+                      std::u16string(2000 - wide.size(), u' ') + wide);
+            if (*fill.wide != u'\uFFFD') {
+                EXPECT_EQ(call("%S", wide.c_str()).text, narrow);
+            }
+        }
+    }
+}
+
+TEST(Print, DoubleByteCodePage) {
+    const LocaleScope locale("ja_JP.SHIFT_JIS");
+    // A trail byte that is a percent sign starts no conversion.
+    EXPECT_EQ(call("\x83\x65%d\x81%d%d", 1, 2).text,
+              "\x83\x65"
+              "1\x81%d2");
+    EXPECT_EQ(call("%.3S|%.4S|%C", u"\u30C6\u30B9", u"\u30C6\u30B9", u'\u30C6').text,
+              "\x83\x65|\x83\x65\x83\x58|\x83\x65");
+    EXPECT_EQ(call(u"%S|%.1S", "\x83\x65\x83\x58", "\x83\x65\x83\x58").text,
+              u"\u30C6\u30B9|\u30C6");
+    std::string narrow = "x";
+    std::u16string wide = u"x";
+    for (int i = 0; i < 600; ++i) {
+        narrow += "\x83\x65";
+        wide += u'\u30C6';
+    }
+    EXPECT_EQ(call(u"%S", narrow.c_str()).text, wide);
+    EXPECT_EQ(call("%S", wide.c_str()).text, narrow);
+}
+
+TEST(Print, DecimalPointOfSeveralBytes) {
+    const LocaleScope locale("ps_AF.UTF-8");
+    EXPECT_EQ(call("%.2f|%07.1f", 1.5, -2.5).text, "1\u066B50|-002\u066B5");
+    EXPECT_EQ(call(u"%.2f|%07.1f", 1.5, -2.5).text, u"1\u066B50|-0002\u066B5");
+    char general[128];
+    EXPECT_EQ(std::string(general, static_cast<std::size_t>(platform::print_general(general, 0.5))),
+              "0\u066B5");
+}
+
+TEST(Print, NeverPassesItsRoom) {
+    const LocaleScope locale("en_US.UTF-8");
+    const std::string format = "ab%c%5d|%-4s|%08.3f|%S%#x%%%p";
+    const std::u16string wideFormat = widen(format);
+    const auto whole = call(format.c_str(), 0, 42, "xy", -1.5, u"\u20ACz", 255, nullptr);
+    const auto wide = call(wideFormat.c_str(), 0, 42, u"xy", -1.5, "\u20ACz", 255, nullptr);
+    EXPECT_EQ(whole.text, "ab\0   42|xy  |-001.500|\u20ACz0xff%(nil)"s);
+    for (int capacity = 0; capacity <= whole.length; ++capacity) {
+        const std::string room =
+            call_bounded(capacity, format.c_str(), 0, 42, "xy", -1.5, u"\u20ACz", 255, nullptr);
+        const auto kept = static_cast<std::size_t>(capacity);
+        EXPECT_EQ(room, whole.text.substr(0, kept) + "\0##"s);
+    }
+    for (int capacity = 0; capacity <= wide.length; ++capacity) {
+        const std::u16string room =
+            call_bounded(capacity, wideFormat.c_str(), 0, 42, u"xy", -1.5, "\u20ACz", 255, nullptr);
+        const auto kept = static_cast<std::size_t>(capacity);
+        EXPECT_EQ(room, wide.text.substr(0, kept) + u"\0##"s);
+    }
+    EXPECT_EQ(call_bounded(9, "%2147483647d%2147483647d|", 1, 2), std::string(9, ' ') + "\0##"s);
+}
+
+TEST(Print, ArgumentsInTheOrderOfTheFormat) {
+    int untouched = 7;
+    EXPECT_EQ(
+        call("%*d|%-*.*f|%n%I64d|%**d|%*5d", 4, 1, 8, 2, 1.25, &untouched, 1LL << 33, 9, 3, 5, 0, 6)
+            .text,
+        "   1|1.25    |8589934592|  5|    6");
+    EXPECT_EQ(untouched, 7);
+    EXPECT_EQ(call(u"%*d|%-*.*f|%n%I64d", 4, 1, 8, 2, 1.25, &untouched, 1LL << 33).text,
+              u"   1|1.25    |8589934592");
+}
+
+TEST(Print, LeavesErrnoAndAStaticEmptyTextAlone) {
+    const LocaleScope locale("ja_JP.EUC-JP");
+    errno = 77;
+    call("\xFF\x8E%S", u"\uFFFF\u30C6");
+    EXPECT_EQ(errno, 77);
+    errno = 0;
+    static const char empty[] = "";  // read-only memory
+    const auto print = [](char* destination, ...) {
+        va_list arguments;
+        va_start(arguments, destination);
+        const int length = platform::vsprintf(destination, 0, "%s", arguments);
+        va_end(arguments);
+        return length;
+    };
+    EXPECT_EQ(print(const_cast<char*>(empty), ""), 0);
+}
+
+TEST(Print, IntegersAndGeneralByThemselves) {
+    for (const long long value : {0LL, 9LL, -10LL, 12345LL, LLONG_MAX, LLONG_MIN}) {
+        char narrow[20];
+        char16_t wide[20];
+        const std::string wanted = std::to_string(value);
+        EXPECT_EQ(
+            std::string(narrow, static_cast<std::size_t>(platform::print_integer(narrow, value))),
+            wanted);
+        EXPECT_EQ(
+            std::u16string(wide, static_cast<std::size_t>(platform::print_integer(wide, value))),
+            widen(wanted));
+    }
+    unsigned long long power = 1;
+    for (int digits = 1; digits <= 20; ++digits, power *= 10) {
+        for (const unsigned long long value : {power, power - 1, power + 1}) {
+            char narrow[20];
+            char16_t wide[20];
+            const std::string wanted = std::to_string(value);
+            EXPECT_EQ(std::string(narrow,
+                                  static_cast<std::size_t>(platform::print_integer(narrow, value))),
+                      wanted);
+            EXPECT_EQ(std::u16string(
+                          wide, static_cast<std::size_t>(platform::print_integer(wide, value))),
+                      widen(wanted));
+        }
+    }
+    for (const double value :
+         {0.0, -0.0, 1.0 / 3, -1e300, 1e6, 123456.0, -HUGE_VAL, std::nan("")}) {
+        char narrow[128];
+        char16_t wide[128];
+        const std::string wanted = expected("%g", value);
+        EXPECT_EQ(
+            std::string(narrow, static_cast<std::size_t>(platform::print_general(narrow, value))),
+            wanted);
+        EXPECT_EQ(
+            std::u16string(wide, static_cast<std::size_t>(platform::print_general(wide, value))),
+            widen(wanted));
+    }
+}
+
+TEST(SystemErrors, TextsAndTheLastCode) {
+    char buffer[64] = "#";
+    const std::string text = ::strerrordesc_np(EACCES);
+    const int length = static_cast<int>(text.size());
+    EXPECT_EQ(platform::FormatMessageA(EACCES, buffer, length), 0);
+    EXPECT_STREQ(buffer, "#");
+    for (const std::uint32_t unknown : {100000u, 0x80000005u, 41u}) {
+        EXPECT_EQ(platform::FormatMessageA(unknown, buffer, 64), 0);
+    }
+    EXPECT_EQ(platform::FormatMessageA(EACCES, buffer, -1), 0);
+    EXPECT_STREQ(buffer, "#");
+    EXPECT_EQ(platform::FormatMessageA(EACCES, buffer, length + 1), length);
+    EXPECT_EQ(buffer, text);
+    errno = ENOENT;
+    EXPECT_EQ(platform::GetLastError(), static_cast<std::uint32_t>(ENOENT));
+}
+
+}  // namespace

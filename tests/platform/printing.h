@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdarg>
+#include <cstdio>
+#include <string>
+
+#include "print.h"
+
+/// The print and its estimate called as the classes call them.
+namespace printing {
+
+inline std::u16string widen(const std::string& text) {
+    return std::u16string(text.begin(), text.end());
+}
+
+template <class Unit>
+struct Printed {
+    platform::Estimate estimate;
+    int length;
+    std::basic_string<Unit> text;
+};
+
+inline int print(char* destination, int capacity, const char* format, va_list arguments) {
+    return platform::vsprintf(destination, capacity, format, arguments);
+}
+
+inline int print(char16_t* destination, int capacity, const char16_t* format, va_list arguments) {
+    return platform::_vswprintf(destination, capacity, format, arguments);
+}
+
+/// Estimates, counts and prints with one list, which has to stand at the first argument each time.
+template <class Unit>
+Printed<Unit> call(const Unit* format, ...) {
+    Printed<Unit> result;
+    va_list arguments;
+    va_start(arguments, format);
+    result.estimate = platform::estimate(format, arguments);
+    result.length = print(static_cast<Unit*>(nullptr), 0, format, arguments);
+    std::basic_string<Unit> room(static_cast<std::size_t>(result.length) + 1, Unit{'#'});
+    print(room.data(), result.length, format, arguments);
+    va_end(arguments);
+    result.text = room.substr(0, static_cast<std::size_t>(result.length));
+    return result;
+}
+
+/// Prints into a room of `capacity` units; the result is all of memory, with a guard behind it.
+template <class Unit>
+std::basic_string<Unit> call_bounded(int capacity, const Unit* format, ...) {
+    std::basic_string<Unit> room(static_cast<std::size_t>(capacity) + 3, Unit{'#'});
+    va_list arguments;
+    va_start(arguments, format);
+    print(room.data(), capacity, format, arguments);
+    va_end(arguments);
+    return room;
+}
+
+template <class... Values>
+std::string expected(const char* format, Values... values) {
+    const int length = std::snprintf(nullptr, 0, format, values...);
+    std::string text(static_cast<std::size_t>(length) + 1, '#');
+    std::snprintf(text.data(), text.size(), format, values...);
+    text.pop_back();
+    return text;
+}
+
+}  // namespace printing
