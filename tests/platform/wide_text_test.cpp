@@ -1,0 +1,304 @@
+#include "wide_text.h"
+
+#include <gtest/gtest.h>
+#include <wctype.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <string_view>
+
+#include "guarded.h"
+#include "locales.h"
+#include "two_way.h"
+
+namespace {
+
+using Map = char16_t (*)(char16_t);
+using Class = int (*)(wint_t);
+
+const char* const kLocales[] = {"C", "en_US.UTF-8", "de_DE.ISO-8859-1", "ja_JP.SHIFT_JIS",
+                                "tr_TR.UTF-8"};
+
+// Letters with partners within ASCII, outside it and across its border, and neighbours of letters.
+const std::u16string kLetters =
+    u"aAiIkKsSzZ@[`{1\u017F\u0131\u0130\u212A\u00E4\u00C4\u0434\u0414\xD83D";
+
+char16_t SlowUpper(char16_t unit) {
+    const wint_t folded = towupper(unit);
+    return folded < 0x10000 ? static_cast<char16_t>(folded) : unit;
+}
+
+char16_t SlowLower(char16_t unit) {
+    const wint_t folded = towlower(unit);
+    return folded < 0x10000 ? static_cast<char16_t>(folded) : unit;
+}
+
+std::u16string Folded(std::u16string text, Map fold) {
+    std::transform(text.begin(), text.end(), text.begin(), fold);
+    return text;
+}
+
+int Sign(int value) {
+    return (value > 0) - (value < 0);
+}
+
+std::u16string RandomText(std::mt19937& random, std::size_t length, std::u16string_view alphabet) {
+    std::u16string text(length, 0);
+    for (char16_t& unit : text) {
+        unit = alphabet[random() % alphabet.size()];
+    }
+    return text;
+}
+
+TEST(WideText, IsMeasuredAndReversedAtEveryAlignment) {
+    GuardedPages<char16_t> pages;
+    std::u16string text;
+    for (std::size_t length = 0; length < 150; ++length) {
+        std::u16string reversed(text.rbegin(), text.rend());
+        char16_t* const atEnd = pages.AtEnd(text);
+        EXPECT_EQ(platform::wcslen(atEnd), length);
+        platform::_wcsrev(atEnd);
+        EXPECT_EQ(atEnd, reversed);
+        for (std::size_t before = 0; before < 40; ++before) {
+            ASSERT_EQ(platform::wcslen(pages.AcrossPages(text, before)), length) << before;
+        }
+        text += static_cast<char16_t>(length % 3 == 0 ? 0x100 : length % 3 == 1 ? 0x8000 : 1);
+    }
+}
+
+TEST(WideText, IsComparedAtEveryAlignment) {
+    GuardedPages<char16_t> leftPages;
+    GuardedPages<char16_t> rightPages;
+    const LocaleScope scope("en_US.UTF-8");
+    for (std::size_t length = 0; length < 90; ++length) {
+        const std::u16string text(length, u'\u8041');
+        for (std::size_t before = 0; before < 90; before += 7) {
+            for (const std::size_t place : {length, length / 2, length - length / 8}) {
+                for (const char16_t unit : {u'\0', u'B', u'\uFFFF'}) {
+                    std::u16string other = text + u'\0';
+                    other[place] = unit;
+                    const char16_t* const left = leftPages.AcrossPages(text, before);
+                    const char16_t* const right = rightPages.AtEnd(other.c_str());
+                    const int order = Sign(text.compare(other.c_str()));
+                    ASSERT_EQ(Sign(platform::wcscmp(left, right)), order) << length << ' ' << place;
+                    ASSERT_EQ(Sign(platform::wcscmp(right, left)), -order);
+                    ASSERT_EQ(Sign(platform::_wcsicmp(left, right)), order);
+                    ASSERT_EQ(Sign(platform::_wcsicmp(right, left)), -order);
+                }
+            }
+        }
+    }
+    EXPECT_EQ(platform::wcsncmp(u"I64d", u"I64u", 3), 0);
+    EXPECT_LT(platform::wcsncmp(u"I6", u"I64", 3), 0);
+    EXPECT_GT(platform::wcsncmp(u"\u8000", u"a", 1), 0);
+    EXPECT_EQ(platform::wcsncmp(u"a", u"a", 9), 0);
+}
+
+TEST(WideText, IsComparedWithoutCaseByTheLocale) {
+    std::mt19937 random(1);
+    GuardedPages<char16_t> leftPages;
+    GuardedPages<char16_t> rightPages;
+    for (const char* const locale : kLocales) {
+        const LocaleScope scope(locale);
+        for (int i = 0; i < 20000; ++i) {
+            const std::u16string left = RandomText(random, random() % 60, kLetters);
+            std::u16string right = Folded(left, i % 2 == 0 ? SlowUpper : SlowLower);
+            if (i % 3 == 0 && !right.empty()) {
+                right[random() % right.size()] = kLetters[random() % kLetters.size()];
+            }
+            const int order = Sign(Folded(left, SlowLower).compare(Folded(right, SlowLower)));
+            const char16_t* const l = leftPages.AcrossPages(left, random() % 70);
+            const char16_t* const r = rightPages.AtEnd(right);
+            ASSERT_EQ(Sign(platform::_wcsicmp(l, r)), order) << locale << ' ' << i;
+            ASSERT_EQ(Sign(platform::_wcsicmp(r, l)), -order) << locale << ' ' << i;
+        }
+    }
+    EXPECT_GT(platform::_wcsicmp(u"a", u"_"), 0);
+}
+
+// Every unit but NUL, so that those which share the low byte follow each other.
+std::u16string AllUnits() {
+    std::u16string units;
+    for (unsigned low = 0; low < 0x100; ++low) {
+        for (unsigned high = low == 0; high < 0x100; ++high) {
+            units += static_cast<char16_t>(high << 8 | low);
+        }
+    }
+    return units;
+}
+
+TEST(WideText, IsFoldedAsTheLocaleFoldsEachUnit) {
+    for (const char* const locale : kLocales) {
+        const LocaleScope scope(locale);
+        std::u16string text = AllUnits();
+        for (const char16_t unit : text) {
+            ASSERT_EQ(platform::towupper(unit), SlowUpper(unit)) << locale << ' ' << int{unit};
+            ASSERT_EQ(platform::towlower(unit), SlowLower(unit)) << locale << ' ' << int{unit};
+        }
+        std::u16string ascii;
+        for (std::size_t i = 0; i < 1000; ++i) {
+            ascii += static_cast<char16_t>(1 + i * 5 % 127);
+        }
+        std::sort(text.begin(), text.end());
+        for (const std::u16string& source : {AllUnits(), text, ascii, ascii.substr(0, 31)}) {
+            std::u16string folded = source;
+            platform::_wcsupr(folded.data());
+            ASSERT_EQ(folded, Folded(source, SlowUpper)) << locale;
+            folded = source;
+            platform::_wcslwr(folded.data());
+            ASSERT_EQ(folded, Folded(source, SlowLower)) << locale;
+        }
+    }
+    std::u16string twoTexts(u"ab\0cd", 5);
+    platform::_wcsupr(twoTexts.data());
+    EXPECT_EQ(twoTexts, std::u16string_view(u"AB\0cd", 5));
+}
+
+TEST(WideText, LosesTheUnitsOfAClassOfTheLocale) {
+    struct Removal {
+        char16_t* (*remove)(char16_t*, char16_t*);
+        bool (*test)(char16_t);
+        Class members;
+    };
+    const Removal removals[] = {
+        {[](char16_t* f, char16_t* l) { return platform::remove_space(f, l); },
+         [](char16_t unit) { return platform::iswspace(unit); }, ::iswspace},
+        {[](char16_t* f, char16_t* l) { return platform::remove_punctuation(f, l); },
+         [](char16_t unit) { return platform::iswpunct(unit); }, ::iswpunct},
+        {[](char16_t* f, char16_t* l) { return platform::remove_control(f, l); },
+         [](char16_t unit) { return platform::iswcntrl(unit); }, ::iswcntrl},
+    };
+    const std::u16string text = AllUnits() + std::u16string(1, 0) + AllUnits();
+    for (const char* const locale : kLocales) {
+        const LocaleScope scope(locale);
+        for (const Removal& removal : removals) {
+            std::u16string expected;
+            for (const char16_t unit : text) {
+                const bool isMember = removal.members(unit) != 0;
+                ASSERT_EQ(removal.test(unit), isMember) << locale << ' ' << int{unit};
+                expected += isMember ? u"" : std::u16string(1, unit);
+            }
+            std::u16string rest = text;
+            char16_t* const end = removal.remove(rest.data(), rest.data() + rest.size());
+            ASSERT_EQ(std::u16string_view(rest.data(), end), expected) << locale;
+        }
+        for (const char16_t unit : text) {
+            ASSERT_EQ(platform::iswdigit(unit), ::iswdigit(unit) != 0)
+                << locale << ' ' << int{unit};
+        }
+    }
+}
+
+TEST(WideText, IsSearchedToTheEndOfTheRangeOnly) {
+    const std::u16string text(u"abc\0abcb", 8);
+    const char16_t* const first = text.data();
+    EXPECT_EQ(platform::wcschr(first, first + 8, u'\0'), first + 3);
+    EXPECT_EQ(platform::wcschr(first, first + 3, u'\0'), nullptr);
+    EXPECT_EQ(platform::wcsrchr(first, first + 7, u'b'), first + 5);
+    EXPECT_EQ(platform::wcsrchr(first, first + 1, u'b'), nullptr);
+    EXPECT_EQ(platform::wcsstr(first, first + 8, u"cb", 2), first + 6);
+    EXPECT_EQ(platform::wcsstr(first, first + 7, u"cb", 2), nullptr);
+    EXPECT_EQ(platform::wcsstr(first, first, u"", 0), first);
+}
+
+TEST(WideText, IsSearchedForTheMembersOfASet) {
+    GuardedPages<char16_t> pages;
+    std::mt19937 random(2);
+    for (int i = 0; i < 20000; ++i) {
+        std::u16string set;
+        for (std::size_t size = random() % 25; size > 0; --size) {
+            set += static_cast<char16_t>(0x100 + random() % 200);
+        }
+        std::u16string text(random() % 50, 0);
+        std::generate(text.begin(), text.end(),
+                      [&random] { return static_cast<char16_t>(random() % 0x200); });
+        const char16_t* const first = pages.AtEnd(text);
+        const std::size_t expected = text.find_first_of(set);
+        ASSERT_EQ(platform::wcspbrk(first, first + text.size(), set.c_str()),
+                  expected != std::u16string::npos ? first + expected : nullptr);
+    }
+}
+
+void ExpectFoldedSearch(GuardedPages<char16_t>& pages, const std::u16string& text,
+                        const std::u16string& pattern) {
+    const std::u16string upper = Folded(pattern, SlowUpper);
+    const std::size_t expected = Folded(text, SlowUpper).find(upper);
+    const char16_t* const first = pages.AtEnd(text);
+    const char16_t* const found =
+        platform::find_folded(first, first + text.size(), upper.data(), upper.size());
+    ASSERT_EQ(found, expected != std::u16string::npos ? first + expected : nullptr)
+        << text.size() << ' ' << pattern.size();
+}
+
+TEST(WideText, IsSearchedWithoutCaseByTheLocale) {
+    std::mt19937 random(3);
+    GuardedPages<char16_t> pages;
+    for (const char* const locale : kLocales) {
+        const LocaleScope scope(locale);
+        for (int i = 0; i < 30000; ++i) {
+            // Few letters, so that near hits are common; all from ASCII in every other text.
+            const std::size_t letters = 1 + random() % (i % 2 == 0 ? 6 : kLetters.size());
+            std::u16string_view alphabet(kLetters);
+            alphabet = alphabet.substr(0, letters);
+            std::u16string text = RandomText(random, random() % 100, alphabet);
+            std::u16string pattern = RandomText(random, random() % 7, alphabet);
+            if (i % 3 == 0) {
+                const std::size_t from = random() % (text.size() + 1);
+                pattern = text.substr(from, random() % 20);
+                text[from / 2] ^= from % 2;
+            }
+            ExpectFoldedSearch(pages, text, pattern);
+        }
+    }
+}
+
+// Nearly every place of these texts fits for a long way; one at the end fits.
+TEST(WideText, IsSearchedWithoutCaseInLinearTime) {
+    for (const std::u16string unit : {u"a", u"ab", u"\u0434", u"aab"}) {
+        std::u16string run;
+        while (run.size() < 20000) {
+            run += unit;
+        }
+        std::u16string text;
+        for (int i = 0; i < 30; ++i) {
+            text += run;
+        }
+        const std::u16string pattern = run + u'x' + run;
+        const std::u16string upper = Folded(pattern, SlowUpper);
+        const std::u16string whole = text + pattern;
+        for (const std::u16string& searched : {text, whole}) {
+            const char16_t* const first = searched.data();
+            EXPECT_EQ(
+                platform::find_folded(first, first + searched.size(), upper.data(), upper.size()),
+                searched == text ? nullptr : first + text.size());
+        }
+    }
+}
+
+// Bit n of the number is unit n.
+std::u16string BinaryText(unsigned bits, std::size_t length) {
+    std::u16string text;
+    for (std::size_t i = 0; i < length; ++i) {
+        text += (bits >> i & 1) != 0 ? u'b' : u'a';
+    }
+    return text;
+}
+
+TEST(TwoWay, FindsWhatIsThereInAllShortTexts) {
+    for (std::size_t count = 1; count <= 8; ++count) {
+        for (unsigned patternBits = 0; patternBits < 1U << count; ++patternBits) {
+            const std::u16string pattern = BinaryText(patternBits, count);
+            for (unsigned bits = 0; bits < 1U << 13; bits += 3) {
+                const std::u16string text = BinaryText(bits, 13);
+                const std::size_t found =
+                    platform::find_two_way(pattern.data(), count, text.size(),
+                                           [&text](std::size_t i) { return text.at(i); });
+                ASSERT_EQ(found, std::min(text.find(pattern), text.size()))
+                    << bits << ' ' << patternBits;
+            }
+        }
+    }
+}
+
+}  // namespace
