@@ -29,8 +29,21 @@ inline void narrow_step(const char16_t* source, char* destination) noexcept {
     std::memcpy(destination, bytes, sizeof bytes);
 }
 
+/// Steps of sixteen that one round of a long copy takes.
+inline constexpr std::size_t kAsciiRound = 4 * kAsciiStep;
+
+/// Long texts are stored on boundaries of sixteen bytes, behind a first step that overlaps.
 inline void widen(const char* source, std::size_t count, char16_t* destination) noexcept {
     std::size_t i = 0;
+    if (count >= kAsciiRound) {
+        widen_step(source, destination);
+        i = (-reinterpret_cast<std::uintptr_t>(destination) & 15) / sizeof *destination;
+    }
+    for (; i + kAsciiRound <= count; i += kAsciiRound) {
+        for (std::size_t k = 0; k < kAsciiRound; k += kAsciiStep) {
+            widen_step(source + i + k, destination + i + k);
+        }
+    }
     for (; i + kAsciiStep <= count; i += kAsciiStep) {
         widen_step(source + i, destination + i);
     }

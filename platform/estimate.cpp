@@ -93,7 +93,7 @@ private:
                                   : measure(conversion.NarrowText(), conversion.precision));
         }
         long long most = conversion.isWide && !kIsWide ? length * kMaxEncoded : length;
-        if (conversion.hasPrecision) {
+        if (conversion.Has(kPrecision)) {
             most = std::min<long long>(most, conversion.precision);
         }
         AddText(conversion, std::max<long long>(length, 1), most);
@@ -109,7 +109,8 @@ private:
 
     void AddFloating(const Conversion& conversion) {
         const long long precision = conversion.precision;
-        const long long printed = conversion.hasPrecision ? std::max<long long>(precision, 1) : 6;
+        const long long printed =
+            conversion.Has(kPrecision) ? std::max<long long>(precision, 1) : 6;
         if (conversion.letter == 'f') {
             const long long whole = std::abs(conversion.real) < 1e280 ? 280 : 309;
             Add(conversion, precision + 312, 1 + whole + kMaxPoint + printed);

@@ -70,16 +70,21 @@ Kind kind_of(Unit unit) {
     return index < kKinds.size() ? kKinds[index] : Kind::None;
 }
 
+enum Option : unsigned {
+    kLeft = 1,
+    kPlus = 2,
+    kBlank = 4,
+    kZero = 8,
+    kAlternate = 16,
+    kPrecision = 32  ///< one is given, be it 0
+};
+
 /// One conversion and its argument.
 struct Conversion {
     int width = 0;
-    int precision = 0;  ///< 0 too where none is given
-    bool hasPrecision = false;
-    bool isLeft = false;
-    bool hasPlus = false;
-    bool hasBlank = false;
-    bool hasZero = false;
-    bool isWide = false;  ///< a character or text of 16-bit units
+    int precision = 0;     ///< 0 too where none is given
+    unsigned options = 0;  ///< set of `Option`
+    bool isWide = false;   ///< a character or text of 16-bit units
     SizeMark mark = SizeMark::None;
     Kind kind = Kind::None;
     char letter = 0;
@@ -90,7 +95,10 @@ struct Conversion {
         const void* pointer;  ///< of texts too
     };
 
+    bool Has(Option option) const { return (options & option) != 0; }
+    bool IsPlain() const { return options == 0 && width == 0; }
     bool IsSigned() const { return letter == 'd' || letter == 'i'; }
+    bool IsDecimal() const { return IsSigned() || letter == 'u'; }
     const char* NarrowText() const { return static_cast<const char*>(pointer); }
     const char16_t* WideText() const { return static_cast<const char16_t*>(pointer); }
 };
@@ -140,22 +148,23 @@ void take_flags(const Unit*& p, Arguments& arguments, Conversion& conversion) {
     for (;; ++p) {
         switch (*p) {
             case '#':
+                conversion.options |= kAlternate;
                 ++conversion.alternates;
                 break;
             case '*':
                 conversion.width = va_arg(arguments.list, int);
                 break;
             case '-':
-                conversion.isLeft = true;
+                conversion.options |= kLeft;
                 break;
             case '+':
-                conversion.hasPlus = true;
+                conversion.options |= kPlus;
                 break;
             case '0':
-                conversion.hasZero = true;
+                conversion.options |= kZero;
                 break;
             case ' ':
-                conversion.hasBlank = true;
+                conversion.options |= kBlank;
                 break;
             default:
                 return;
@@ -175,7 +184,7 @@ void take_precision(const Unit*& p, Arguments& arguments, Conversion& conversion
     } else {
         conversion.precision = take_number(p);
     }
-    conversion.hasPrecision = true;
+    conversion.options |= kPrecision;
     require(conversion.precision >= 0, "nPrecision >= 0");
 }
 

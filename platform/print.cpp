@@ -69,13 +69,13 @@ private:
     static constexpr bool kIsWide = std::is_same<Unit, char16_t>::value;
 
     void PadLeft(const Conversion& conversion, std::size_t length) {
-        if (!conversion.isLeft) {
+        if (!conversion.Has(kLeft)) {
             sink_.Fill(' ', padding(conversion, length));
         }
     }
 
     void PadRight(const Conversion& conversion, std::size_t length) {
-        if (conversion.isLeft) {
+        if (conversion.Has(kLeft)) {
             sink_.Fill(' ', padding(conversion, length));
         }
     }
@@ -96,7 +96,7 @@ private:
     /// `put` prints into the sink it is given and says how long the text is.
     template <class Put>
     void PutConverted(const Conversion& conversion, Put put) {
-        if (conversion.width != 0 && !conversion.isLeft) {
+        if (conversion.width != 0 && !conversion.Has(kLeft)) {
             Sink<Unit> counter(nullptr, 0);
             PadLeft(conversion, put(counter));
         }
@@ -105,7 +105,7 @@ private:
 
     void PutTextArgument(const Conversion& conversion) {
         const std::size_t limit =
-            conversion.hasPrecision ? static_cast<std::size_t>(conversion.precision) : SIZE_MAX;
+            conversion.Has(kPrecision) ? static_cast<std::size_t>(conversion.precision) : SIZE_MAX;
         if (conversion.pointer == nullptr) {
             constexpr std::size_t kLength = 6;
             PutPadded(conversion, "(null)", std::min(kLength, limit));
@@ -133,12 +133,28 @@ private:
     }
 
     void PutInteger(const Conversion& conversion) {
+        constexpr std::size_t kLongest = 20;
+        if (conversion.IsPlain() && sink_.Room() >= kLongest && conversion.IsDecimal()) {
+            PutPlainDecimal(conversion);
+        } else {
+            PutLaidOutInteger(conversion);
+        }
+    }
+
+    void PutPlainDecimal(const Conversion& conversion) {
+        const long long value = conversion.integer;
+        sink_.Advance(conversion.IsSigned()
+                          ? print_integer(sink_.Next(), value)
+                          : print_integer(sink_.Next(), static_cast<unsigned long long>(value)));
+    }
+
+    void PutLaidOutInteger(const Conversion& conversion) {
         const IntegerText text(conversion);
         const std::size_t count = text.Count();
         const std::size_t precision = static_cast<std::size_t>(conversion.precision);
         std::size_t zeros = precision > count ? precision - count : 0;
         std::size_t length = text.prefix.length + zeros + count;
-        if (conversion.hasZero && !conversion.isLeft && !conversion.hasPrecision) {
+        if (conversion.Has(kZero) && !conversion.Has(kLeft) && !conversion.Has(kPrecision)) {
             zeros = padding(conversion, length);
             length += zeros;
         }
@@ -151,7 +167,7 @@ private:
 
     void PutPointer(const Conversion& conversion) {
         if (conversion.pointer != nullptr) {
-            PutInteger(conversion);
+            PutLaidOutInteger(conversion);
         } else {
             constexpr std::size_t kLength = 5;
             PutPadded(conversion, "(nil)", kLength);
@@ -161,15 +177,15 @@ private:
     void PutFloating(const Conversion& conversion) {
         constexpr int kDefaultPrecision = 6;
         const FloatText text(std::abs(conversion.real), conversion.letter,
-                             conversion.hasPrecision ? conversion.precision : kDefaultPrecision,
-                             conversion.alternates != 0);
+                             conversion.Has(kPrecision) ? conversion.precision : kDefaultPrecision,
+                             conversion.Has(kAlternate));
         NumberPrefix prefix;
         prefix.PutSign(conversion, std::signbit(conversion.real));
         std::size_t length = prefix.length + text.whole.size() +
                              (text.hasPoint ? point_.Length() : 0) + text.fraction.size() +
                              text.zeros + text.exponent.size();
         std::size_t zeros = 0;
-        if (conversion.hasZero && !conversion.isLeft && std::isfinite(conversion.real)) {
+        if (conversion.Has(kZero) && !conversion.Has(kLeft) && std::isfinite(conversion.real)) {
             zeros = padding(conversion, length);
             length += zeros;
         }

@@ -73,7 +73,7 @@ char* put_hexadecimal(char* end, unsigned long long value, bool isUpper) {
 
 /// A 0 printed with the precision 0 has none.
 bool has_digits(const Conversion& conversion) {
-    return conversion.integer != 0 || !conversion.hasPrecision || conversion.precision != 0;
+    return conversion.integer != 0 || !conversion.Has(kPrecision) || conversion.precision != 0;
 }
 
 template <class Unit>
@@ -131,7 +131,7 @@ void IntegerText::SetHexadecimal(const Conversion& conversion, unsigned long lon
     if (has_digits(conversion)) {
         digits = put_hexadecimal(buffer_ + kRoom, value, conversion.letter == 'X');
     }
-    if (conversion.alternates != 0 && value != 0) {
+    if (conversion.Has(kAlternate) && value != 0) {
         prefix.Put('0');
         prefix.Put(conversion.letter);
     }
@@ -143,7 +143,7 @@ void IntegerText::SetOctal(const Conversion& conversion, unsigned long long valu
         first = put_octal(first, value);
     }
     // `#` makes the first digit a 0, unless the precision does that.
-    const bool isAlternate = conversion.alternates != 0;
+    const bool isAlternate = conversion.Has(kAlternate);
     const bool hasZero = first != buffer_ + kRoom && *first == '0';
     if (isAlternate && !hasZero && buffer_ + kRoom - first >= conversion.precision) {
         *--first = '0';

@@ -13,9 +13,9 @@ struct NumberPrefix {
     void PutSign(const Conversion& conversion, bool isNegative) {
         if (isNegative) {
             Put('-');
-        } else if (conversion.hasPlus) {
+        } else if (conversion.Has(kPlus)) {
             Put('+');
-        } else if (conversion.hasBlank) {
+        } else if (conversion.Has(kBlank)) {
             Put(' ');
         }
     }

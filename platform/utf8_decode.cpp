@@ -58,24 +58,61 @@ constexpr std::size_t kBack = 3;  // bytes in front of a byte that decide whethe
 /// so that the lanes of a tally cannot overflow.
 constexpr std::size_t kSegment = 64 * kBlock;
 
+/// The value as a signed byte: what a comparison costs least with.
+constexpr signed char as_signed(int byte) {
+    return static_cast<signed char>(static_cast<unsigned char>(byte));
+}
+
+/// Lanes of ones where the bytes are above `byte`, as unsigned values.
+SignedBytes above(Bytes bytes, int byte) {
+    return reinterpret_cast<SignedBytes>(bytes ^ 0x80) > as_signed(byte ^ 0x80);
+}
+
+SignedBytes equal(Bytes bytes, unsigned char byte) {
+    return reinterpret_cast<SignedBytes>(bytes == byte);
+}
+
+/// Sixteen bytes and what stands one, two and three bytes in front of each.
+struct Window {
+    Bytes byte;
+    Bytes before;
+    Bytes before2;
+    Bytes before3;
+};
+
+Window window_at(const char* p) {
+    return {load_lanes(p), load_lanes(p - 1), load_lanes(p - 2), load_lanes(p - 3)};
+}
+
+/// The first sixteen of a text.
+Window first_window(const char* p) {
+    const Bytes none{};
+    const Bytes byte = load_lanes(p);
+    return {byte,
+            __builtin_shufflevector(none, byte, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27,
+                                    28, 29, 30),
+            __builtin_shufflevector(none, byte, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26,
+                                    27, 28, 29),
+            __builtin_shufflevector(none, byte, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25,
+                                    26, 27, 28)};
+}
+
 /// Checks blocks of a text that starts on a character boundary.
 struct Checker {
-    /// Looks at sixteen bytes and the three in front of them. A byte must be a continuation
-    /// exactly where a lead of sufficient length stands one, two or three bytes in front.
-    void Add(const char* p) {
-        const Bytes byte = load_lanes(p);
-        const Bytes before = load_lanes(p - 1);
-        const auto isContinuation = reinterpret_cast<SignedBytes>(byte) < -64;
-        const auto isExpected =
-            (before > 0xBF) | (load_lanes(p - 2) > 0xDF) | (load_lanes(p - 3) > 0xEF);
-        bad |= reinterpret_cast<Bytes>(isContinuation ^ isExpected);
-        bad |= reinterpret_cast<Bytes>(((byte & 0xFE) == 0xC0) | (byte > 0xF4));
-        // Overlong forms, surrogates, values above U+10FFFF.
-        bad |= reinterpret_cast<Bytes>(
-            ((before == 0xE0) & (byte < 0xA0)) | ((before == 0xED) & (byte > 0x9F)) |
-            ((before == 0xF0) & (byte < 0x90)) | ((before == 0xF4) & (byte > 0x8F)));
-        surplus += reinterpret_cast<SignedBytes>(isContinuation) -
-                   reinterpret_cast<SignedBytes>(byte > 0xEF);
+    /// A byte must be a continuation exactly where a lead of sufficient length stands one, two or
+    /// three bytes in front. Adds the units less the bytes of the lanes that are `counted`.
+    void Add(const Window& at, SignedBytes counted) {
+        const auto byte = reinterpret_cast<SignedBytes>(at.byte);
+        const SignedBytes isContinuation = byte < as_signed(0xC0);
+        const SignedBytes isExpected =
+            above(at.before, 0xBF) | above(at.before2, 0xDF) | above(at.before3, 0xEF);
+        bad |= (isContinuation ^ isExpected) | equal(at.byte & 0xFE, 0xC0) | above(at.byte, 0xF4);
+        // Overlong forms, surrogates, values above U+10FFFF: what follows is a continuation here.
+        bad |= (equal(at.before, 0xE0) & (byte < as_signed(0xA0))) |
+               (equal(at.before, 0xED) & (byte > as_signed(0x9F))) |
+               (equal(at.before, 0xF0) & (byte < as_signed(0x90))) |
+               (equal(at.before, 0xF4) & (byte > as_signed(0x8F)));
+        surplus += (isContinuation - above(at.byte, 0xEF)) & counted;
     }
 
     std::ptrdiff_t Surplus() const {
@@ -86,37 +123,43 @@ struct Checker {
         return sum;
     }
 
-    Bytes bad{};
-    SignedBytes surplus{};  ///< units less bytes in each lane
+    SignedBytes bad{};
+    SignedBytes surplus{};
 };
 
-bool ends_within_sequence(const char* first, const char* last) {
-    static constexpr unsigned char kLeads[] = {0xC0, 0xE0, 0xF0};
-    for (std::size_t i = 0; i < kBack && last - first > static_cast<std::ptrdiff_t>(i); ++i) {
-        if (static_cast<unsigned char>(last[-1 - static_cast<std::ptrdiff_t>(i)]) >= kLeads[i]) {
-            return true;
-        }
-    }
-    return false;
+/// Ones in the lanes from `first` on.
+SignedBytes lanes_from(std::size_t first) {
+    static constexpr signed char kSteps[2 * kBlock] = {0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,
+                                                       0,  0,  0,  0,  0,  -1, -1, -1, -1, -1, -1,
+                                                       -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+    SignedBytes lanes;
+    std::memcpy(&lanes, kSteps + kBlock - first, sizeof lanes);
+    return lanes;
 }
 
-/// Whether a segment of at least a block is well-formed; only then are its units added.
+bool ends_within_sequence(const char* last) {
+    return static_cast<unsigned char>(last[-1]) >= 0xC0 ||
+           static_cast<unsigned char>(last[-2]) >= 0xE0 ||
+           static_cast<unsigned char>(last[-3]) >= 0xF0;
+}
+
+/// Whether a segment is well-formed and so long that blocks can tell; only then are its units
+/// added. The last block may overlap the one in front of it.
 bool count_well_formed(const char* first, const char* last, std::size_t& units) {
     const auto length = static_cast<std::size_t>(last - first);
+    if (length != kBlock && length < kBlock + kBack) {
+        return false;
+    }
     Checker checker;
-    char edge[kBack + kBlock] = {};
-    std::memcpy(edge + kBack, first, kBlock);
-    checker.Add(edge + kBack);
+    checker.Add(first_window(first), lanes_from(0));
     std::size_t i = kBlock;
     for (; i + kBlock <= length; i += kBlock) {
-        checker.Add(first + i);
+        checker.Add(window_at(first + i), lanes_from(0));
     }
     if (i < length) {
-        std::memset(edge, 0, sizeof edge);
-        std::memcpy(edge, first + i - kBack, kBack + length - i);
-        checker.Add(edge + kBack);
+        checker.Add(window_at(last - kBlock), lanes_from(kBlock - (length - i)));
     }
-    if (hit_bits(checker.bad) != 0 || ends_within_sequence(first, last)) {
+    if (hit_bits(checker.bad) != 0 || ends_within_sequence(last)) {
         return false;
     }
     units += length + static_cast<std::size_t>(checker.Surplus());
@@ -135,47 +178,50 @@ const char* segment_end(const char* p, const char* last) {
     return end;
 }
 
-bool is_well_formed(const char* p, const char* end, std::size_t& units) {
-    return end - p >= static_cast<std::ptrdiff_t>(kBlock) && count_well_formed(p, end, units);
-}
-
 using Units = Lanes<char16_t>::Vector;
 
-/// The units that would come of the sequences of one to three bytes at p, p + 2, p + 4...: a lane
-/// holds the first and the second byte of one.
-Units units_at_even(const char* p) {
-    Units pair;
-    Units next;
-    std::memcpy(&pair, p, sizeof pair);
-    std::memcpy(&next, p + 2, sizeof next);
-    const Units lead = pair & 0xFF;
-    const Units second = pair >> 8 & 0x3F;
-    const Units two = (lead & 0x1F) << 6 | second;
-    const Units three = lead << 12 | second << 6 | (next & 0x3F);
-    const Units longer = lead > 0xDF ? three : two;
-    return lead > 0x7F ? longer : lead;
+Units load_pairs(const char* p) {
+    Units pairs;
+    std::memcpy(&pairs, p, sizeof pairs);
+    return pairs;
 }
 
-/// Sixteen bytes without leads of four: a unit is written for every byte and stays if the byte is
-/// the first of its character. Needs room for sixteen units and reads two bytes more.
-char16_t* decode_block(const char* p, char16_t* out) {
-    std::uint16_t even[kBlock / 2];
-    std::uint16_t odd[kBlock / 2];
-    unsigned char advance[kBlock];
-    const Units evenUnits = units_at_even(p);
-    const Units oddUnits = units_at_even(p + 1);
-    const Bytes isFirst =
-        reinterpret_cast<Bytes>(reinterpret_cast<SignedBytes>(load_lanes(p)) >= -64) & 1;
-    std::memcpy(even, &evenUnits, sizeof even);
-    std::memcpy(odd, &oddUnits, sizeof odd);
-    std::memcpy(advance, &isFirst, sizeof advance);
-    for (std::size_t i = 0; i < kBlock / 2; ++i) {
-        *out = even[i];
-        out += advance[2 * i];
-        *out = odd[i];
-        out += advance[2 * i + 1];
+/// The units of the sequences of one or two bytes at p, p + 2, p + 4...: a lane holds two bytes.
+Units short_units_at(const char* p) {
+    const Units pair = load_pairs(p);
+    const Units lead = pair & 0xFF;
+    const Units two = (pair & 0x1F) << 6 | (pair >> 8 & 0x3F);
+    return lead > 0x7F ? two : lead;
+}
+
+/// The same for sequences of up to three bytes.
+Units units_at(const char* p) {
+    const Units pair = load_pairs(p);
+    const Units third = load_pairs(p + 2) & 0x3F;
+    const Units three = pair << 12 | (pair >> 2 & 0xFC0) | third;
+    return (pair & 0xFF) > 0xDF ? three : short_units_at(p);
+}
+
+/// Sixteen bytes, given the units that would start at their even and odd places: of a pair of
+/// places those units are written that start a character. Needs room for sixteen units.
+char16_t* put_starting(const char* p, Units even, Units odd, char16_t* out) {
+    using HalfBytes __attribute__((vector_size(8))) = unsigned char;
+    const auto isStart = reinterpret_cast<SignedBytes>(load_lanes(p)) >= as_signed(0xC0);
+    const auto starts = reinterpret_cast<Units>(reinterpret_cast<Bytes>(isStart) & 1);
+    const Units first = (starts & 0xFF) != 0 ? even : odd;
+    const Units low = __builtin_shufflevector(first, odd, 0, 8, 1, 9, 2, 10, 3, 11);
+    const Units high = __builtin_shufflevector(first, odd, 4, 12, 5, 13, 6, 14, 7, 15);
+    std::uint32_t pairs[8];
+    std::memcpy(pairs, &low, sizeof low);
+    std::memcpy(pairs + 4, &high, sizeof high);
+    const auto counts = std::bit_cast<std::uint64_t>(
+        __builtin_convertvector((starts & 0xFF) + (starts >> 8), HalfBytes));
+    const std::uint64_t ends = counts * 0x0101010101010101;  // byte i: the sum of the counts to i
+    const std::uint64_t begins = ends - counts;
+    for (unsigned int i = 0; i < 8; ++i) {
+        std::memcpy(out + (begins >> 8 * i & 0xFF), &pairs[i], sizeof pairs[i]);
     }
-    return out;
+    return out + (ends >> 56);
 }
 
 /// Four sequences of three bytes; false if that is not what stands at `p`. Reads one byte more.
@@ -197,9 +243,25 @@ bool decode_four_threes(const char* p, char16_t* out) {
     return true;
 }
 
-char16_t* decode_steps(const char*& p, const char* end, const char* last, char16_t* out) {
+/// The character at `p` of a well-formed text.
+Step trust_step(const char* p) {
+    const auto lead = static_cast<unsigned char>(*p);
+    if (lead < 0x80) {
+        return {lead, 1, true};
+    }
+    if (lead < 0xE0) {
+        return {(lead & 0x1Fu) << 6 | continuation_bits(p[1]), 2, true};
+    }
+    const char32_t code = continuation_bits(p[1]) << 6 | continuation_bits(p[2]);
+    if (lead < 0xF0) {
+        return {(lead & 0xFu) << 12 | code, 3, true};
+    }
+    return {(lead & 0x7u) << 18 | code << 6 | continuation_bits(p[3]), 4, true};
+}
+
+char16_t* decode_trusted_steps(const char*& p, const char* end, char16_t* out) {
     while (p < end) {
-        const Step step = read_step(p, last);
+        const Step step = trust_step(p);
         out = put_utf16(step.code, out);
         p += step.bytes;
     }
@@ -216,19 +278,23 @@ char16_t* decode_well_formed(const char* p, const char* last, char16_t* out,
             widen_step(p, out);
             p += kBlock;
             out += kBlock;
+        } else if (hit_bits(above(block, 0xDF)) == 0) {
+            out = put_starting(p, short_units_at(p), short_units_at(p + 1), out);
+            p += kBlock;
+            p += is_utf8_continuation(*p);
         } else if (decode_four_threes(p, out)) {
             p += 12;
             out += 4;
-        } else if (hit_bits(block > 0xEF) == 0) {
-            out = decode_block(p, out);
+        } else if (hit_bits(above(block, 0xEF)) == 0) {
+            out = put_starting(p, units_at(p), units_at(p + 1), out);
             p += kBlock;
             p += is_utf8_continuation(*p);
             p += is_utf8_continuation(*p);
         } else {
-            out = decode_steps(p, p + kBlock, last, out);
+            out = decode_trusted_steps(p, p + kBlock, out);
         }
     }
-    return decode_steps(p, last, last, out);
+    return decode_trusted_steps(p, last, out);
 }
 
 }  // namespace
@@ -239,7 +305,7 @@ Utf8Measure utf8_measure(const char* source, std::size_t length) noexcept {
     const char* p = source + measure.units;
     while (p != last) {
         const char* end = segment_end(p, last);
-        if (is_well_formed(p, end, measure.units)) {
+        if (count_well_formed(p, end, measure.units)) {
             p = end;
         }
         while (p < end) {
@@ -265,11 +331,14 @@ void utf8_decode(const char* source, std::size_t length, Utf8Measure measure,
     for (const char* p = source; p != last;) {
         const char* end = segment_end(p, last);
         std::size_t units = 0;
-        if (is_well_formed(p, end, units)) {
+        if (count_well_formed(p, end, units)) {
             out = decode_well_formed(p, end, out, limit);
             p = end;
-        } else {
-            out = decode_steps(p, end, last, out);
+        }
+        while (p < end) {
+            const Step step = read_step(p, last);
+            out = put_utf16(step.code, out);
+            p += step.bytes;
         }
     }
 }

@@ -68,24 +68,42 @@ char* encode_steps(const char16_t*& p, const char16_t* end, const char16_t* last
     return out;
 }
 
+/// Where eight sequences begin, a byte each, and their length together.
+struct Places {
+    explicit Places(Units lengths) {
+        using HalfBytes __attribute__((vector_size(8))) = unsigned char;
+        const auto counts =
+            std::bit_cast<std::uint64_t>(__builtin_convertvector(lengths, HalfBytes));
+        const std::uint64_t ends = counts * 0x0101010101010101;  // byte i: the sum up to i
+        begins = ends - counts;
+        total = ends >> 56;
+    }
+
+    std::uint64_t begins;
+    std::uint64_t total;
+};
+
+/// Writes sequences in order, each over what the one in front wrote too much.
+template <class Sequence>
+char* put_sequences(const Sequence* sequences, const Places& places, char* out) {
+    for (unsigned int i = 0; i < static_cast<unsigned int>(kBlock); ++i) {
+        std::memcpy(out + (places.begins >> 8 * i & 0xFF), &sequences[i], sizeof sequences[i]);
+    }
+    return out + places.total;
+}
+
 /// Eight units below U+0800.
 char* encode_block_of_twos(Units units, char* out) {
     const Units two = (units >> 6 | 0xC0) | (units & 0x3F) << 8 | 0x8000;
-    const Units sequences = units > 0x7F ? two : units;
-    const Units lengths = (reinterpret_cast<Units>(units > 0x7F) & 1) + 1;
-    std::uint16_t sequence[kBlock];
-    std::uint16_t length[kBlock];
-    std::memcpy(sequence, &sequences, sizeof sequence);
-    std::memcpy(length, &lengths, sizeof length);
-    for (std::size_t i = 0; i < static_cast<std::size_t>(kBlock); ++i) {
-        std::memcpy(out, &sequence[i], sizeof sequence[i]);
-        out += length[i];
-    }
-    return out;
+    const Units isTwo = reinterpret_cast<Units>(units > 0x7F);
+    const Units chosen = isTwo != 0 ? two : units;
+    std::uint16_t sequences[kBlock];
+    std::memcpy(sequences, &chosen, sizeof sequences);
+    return put_sequences(sequences, Places(1 - isTwo), out);
 }
 
-/// Four units that are no surrogates.
-char* encode_four(const char16_t* p, char* out) {
+/// The sequences of four units that are no surrogates.
+void make_sequences(const char16_t* p, std::uint32_t* sequences) {
     HalfUnits half;
     std::memcpy(&half, p, sizeof half);
     const Words code = __builtin_convertvector(half, Words);
@@ -93,18 +111,18 @@ char* encode_four(const char16_t* p, char* out) {
     const Words two = (code >> 6 | 0xC0) | last << 8 | 0x8000;
     const Words three = (code >> 12 | 0xE0) | (code << 2 & 0x3F00) | last << 16 | 0x808000;
     const Words longer = code > 0x7FF ? three : two;
-    const Words sequences = code > 0x7F ? longer : code;
-    const Words lengths = 1 + (reinterpret_cast<Words>(code > 0x7F) & 1) +
-                          (reinterpret_cast<Words>(code > 0x7FF) & 1);
-    std::uint32_t sequence[4];
-    std::uint32_t length[4];
-    std::memcpy(sequence, &sequences, sizeof sequence);
-    std::memcpy(length, &lengths, sizeof length);
-    for (std::size_t i = 0; i < 4; ++i) {
-        std::memcpy(out, &sequence[i], sizeof sequence[i]);
-        out += length[i];
-    }
-    return out;
+    const Words chosen = code > 0x7F ? longer : code;
+    std::memcpy(sequences, &chosen, sizeof chosen);
+}
+
+/// Eight units that are no surrogates.
+char* encode_block(const char16_t* p, Units units, char* out) {
+    std::uint32_t sequences[kBlock];
+    make_sequences(p, sequences);
+    make_sequences(p + kBlock / 2, sequences + kBlock / 2);
+    const Units lengths =
+        1 - reinterpret_cast<Units>(units > 0x7F) - reinterpret_cast<Units>(units > 0x7FF);
+    return put_sequences(sequences, Places(lengths), out);
 }
 
 }  // namespace
@@ -169,7 +187,7 @@ void utf8_encode(const char16_t* source, std::size_t length, char* destination,
             out = encode_block_of_twos(units, out);
             p += kBlock;
         } else if (hit_bits(in_kind(units, 0xF800, 0xD800)) == 0) {
-            out = encode_four(p + 4, encode_four(p, out));
+            out = encode_block(p, units, out);
             p += kBlock;
         } else {
             out = encode_steps(p, p + kBlock, last, out);
