@@ -53,7 +53,7 @@ public:
                 return at;
             }
         }
-        const Bytes caseBit = splat_lanes(fold_.IsUsualForAscii() ? ' ' : '\0');
+        const Bytes caseBit = splat_lanes(fold_.IsUsualForAscii() ? kCaseBit : '\0');
         for (;;) {
             const std::size_t size =
                 std::min(::strnlen(left_ + at, kPiece), ::strnlen(right_ + at, kPiece));
@@ -92,6 +92,7 @@ private:
                (reinterpret_cast<Bytes>(difference == caseBit) & isLetter);
     }
 
+    static constexpr char kCaseBit = 0x20;
     static constexpr unsigned char kLetters = 26;
 
     const Fold& fold_;
