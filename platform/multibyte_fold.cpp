@@ -1,6 +1,5 @@
 #include "multibyte_fold.h"
 
-#include <ctype.h>
 #include <wchar.h>
 
 #include <array>
@@ -76,14 +75,6 @@ void fold_locale_character(const Fold& fold, char* p, std::size_t length) {
 }
 
 }  // namespace
-
-Fold Fold::Upper() noexcept {
-    return {*__ctype_toupper_loc(), ::towupper, 'a'};
-}
-
-Fold Fold::Lower() noexcept {
-    return {*__ctype_tolower_loc(), ::towlower, 'A'};
-}
 
 bool Fold::IsUsualForAscii() const noexcept {
     const auto& usual = firstLetter_ == 'a' ? kUsualUpper : kUsualLower;

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <ctype.h>
 #include <wctype.h>
 
 #include "code_pages.h"
@@ -16,8 +17,8 @@ namespace platform {
 /// Taken once per operation; good until the locale changes.
 class Fold {
 public:
-    static Fold Upper() noexcept;
-    static Fold Lower() noexcept;
+    static Fold Upper() noexcept { return {*__ctype_toupper_loc(), ::towupper, 'a'}; }
+    static Fold Lower() noexcept { return {*__ctype_tolower_loc(), ::towlower, 'A'}; }
 
     /// A character of one byte. In multi-byte pages only bytes below 0x80 have a case.
     char Byte(char byte) const noexcept {
