@@ -2,11 +2,14 @@
 
 #include <langinfo.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
 #include "conversion.h"
+#include "everyday_float.h"
 #include "print.h"
+#include "print_integer.h"
 
 namespace platform {
 
@@ -22,78 +25,116 @@ std::string_view locale_point() {
 
 FloatText::FloatText(double magnitude, char letter, int precision, bool keepsZeros) noexcept {
     if (!std::isfinite(magnitude)) {
-        const char* word = std::isnan(magnitude) ? "nanNAN" : "infINF";
-        whole = {word + (letter == 'G' ? 3 : 0), 3};
+        const char* words = std::isnan(magnitude) ? "nanNAN" : "infINF";
+        whole = {words + (letter == 'G' ? 3 : 0), 3};
         return;
     }
-    if (letter == 'e') {
-        SetScientific(magnitude, precision);
-    } else if (letter == 'f') {
+    if (letter == 'f') {
         SetFixed(magnitude, precision);
-    } else if (keepsZeros) {
-        SetGeneralWithZeros(magnitude, std::max(precision, 1));
+    } else if (letter == 'e') {
+        SetScientific(SetDigits(magnitude, precision + 1LL), 'e');
     } else {
-        SetGeneral(magnitude, std::max(precision, 1));
+        const int count = std::max(precision, 1);
+        const int tens = SetDigits(magnitude, count);
+        if (!keepsZeros) {
+            DropZeros();
+        }
+        SetGeneral(tens, count, letter == 'G' ? 'E' : 'e');
     }
-    hasPoint = hasPoint || keepsZeros;
-    if (letter == 'G' && !exponent.empty()) {
-        buffer_[exponent.data() - buffer_] = 'E';
-    }
-}
-
-void FloatText::SetScientific(double magnitude, int precision) noexcept {
-    const int digits = std::min(precision, kMaxPrecision);
-    zeros = static_cast<std::size_t>(precision - digits);
-    Split(
-        std::to_chars(buffer_, std::end(buffer_), magnitude, std::chars_format::scientific, digits)
-            .ptr);
+    hasPoint = keepsZeros || zeros != 0 || !fraction.empty();
 }
 
 void FloatText::SetFixed(double magnitude, int precision) noexcept {
-    const int digits = std::min(precision, kMaxPrecision);
+    FixedDigits fixed;
+    if (!everyday_fixed(magnitude, precision, fixed)) {
+        SetLongFixed(magnitude, precision);
+        return;
+    }
+    whole = {buffer_, static_cast<std::size_t>(print_integer(buffer_, fixed.integer))};
+    // A leading 1 keeps the zeros behind it.
+    const auto count = static_cast<std::size_t>(precision);
+    char* const first = buffer_ + kMaxWhole;
+    print_integer(first, kPowersOfTen[count] + fixed.fraction);
+    fraction = {first + 1, count};
+}
+
+void FloatText::SetLongFixed(double magnitude, int precision) noexcept {
+    const int digits = std::min(precision, kMaxDigits);
+    const char* end =
+        std::to_chars(buffer_, std::end(buffer_), magnitude, std::chars_format::fixed, digits).ptr;
+    const char* point = digits == 0 ? end : end - digits - 1;
+    whole = {buffer_, static_cast<std::size_t>(point - buffer_)};
+    fraction = {end - digits, static_cast<std::size_t>(digits)};
     zeros = static_cast<std::size_t>(precision - digits);
-    Split(
-        std::to_chars(buffer_, std::end(buffer_), magnitude, std::chars_format::fixed, digits).ptr);
 }
 
-void FloatText::SetGeneral(double magnitude, int precision) noexcept {
-    const int digits = std::min(precision, kMaxPrecision);
-    Split(std::to_chars(buffer_, std::end(buffer_), magnitude, std::chars_format::general, digits)
-              .ptr);
+/// Sets the first digits; the result is the power of ten that the first of them counts.
+int FloatText::SetDigits(double magnitude, long long count) noexcept {
+    LeadingDigits leading;
+    if (count > kEverydayPrecision ||
+        !everyday_leading(magnitude, static_cast<int>(count), leading)) {
+        return SetManyDigits(magnitude, count);
+    }
+    char* const first = buffer_ + kFront;
+    digits_ = {first, static_cast<std::size_t>(print_integer(first, leading.digits))};
+    return leading.tens;
 }
 
-// The style is chosen by the exponent after rounding, which only the scientific text tells.
-void FloatText::SetGeneralWithZeros(double magnitude, int precision) noexcept {
-    SetScientific(magnitude, precision - 1);
+int FloatText::SetManyDigits(double magnitude, long long count) noexcept {
+    const int digits = static_cast<int>(std::min<long long>(count, kMaxDigits));
+    zeros = static_cast<std::size_t>(count - digits);
+    char* const first = buffer_ + kFront;
+    const char* end = std::to_chars(first, std::end(buffer_), magnitude,
+                                    std::chars_format::scientific, digits - 1)
+                          .ptr;
+    // The first digit takes the place of the point, if there is one.
+    const int point = digits == 1 ? 0 : 1;
+    first[point] = first[0];
+    digits_ = {first + point, static_cast<std::size_t>(digits)};
+    const char* sign = digits_.data() + digits + 1;
     int tens = 0;
-    std::from_chars(exponent.data() + 2, exponent.data() + exponent.size(), tens);
-    if (exponent[1] == '-') {
-        tens = -tens;
-    }
-    if (tens >= -4 && tens < precision) {
-        SetFixed(magnitude, precision - 1 - tens);
-    }
+    std::from_chars(sign + 1, end, tens);
+    return *sign == '-' ? -tens : tens;
 }
 
-void FloatText::Split(const char* end) noexcept {
-    const auto span = [](const char* first, const char* last) {
-        return std::string_view(first, static_cast<std::size_t>(last - first));
-    };
-    const char* p = buffer_;
-    while (p != end && is_format_digit(*p)) {
-        ++p;
+void FloatText::DropZeros() noexcept {
+    const std::size_t last = digits_.find_last_not_of('0');
+    digits_ = digits_.substr(0, last == std::string_view::npos ? 1 : last + 1);
+    zeros = 0;
+}
+
+void FloatText::SetScientific(int tens, char letter) noexcept {
+    whole = digits_.substr(0, 1);
+    fraction = digits_.substr(1);
+    const auto size = static_cast<unsigned>(std::abs(tens));
+    char* p = exponent_;
+    *p++ = letter;
+    *p++ = tens < 0 ? '-' : '+';
+    if (size >= 100) {
+        *p++ = static_cast<char>('0' + size / 100);
     }
-    whole = span(buffer_, p);
-    hasPoint = p != end && *p == '.';
-    if (hasPoint) {
-        ++p;
+    *p++ = static_cast<char>('0' + size / 10 % 10);
+    *p++ = static_cast<char>('0' + size % 10);
+    exponent = {exponent_, static_cast<std::size_t>(p - exponent_)};
+}
+
+void FloatText::SetGeneral(int tens, int precision, char letter) noexcept {
+    if (tens < -4 || tens >= precision) {
+        SetScientific(tens, letter);
+        return;
     }
-    const char* first = p;
-    while (p != end && is_format_digit(*p)) {
-        ++p;
+    if (tens < 0) {
+        const auto count = static_cast<std::size_t>(-tens - 1);
+        char* const first = buffer_ + (digits_.data() - buffer_) - count;
+        std::fill_n(first, count, '0');
+        whole = "0";
+        fraction = {first, count + digits_.size()};
+        return;
     }
-    fraction = span(first, p);
-    exponent = span(p, end);
+    // Zeros dropped in front of the point are still there.
+    const auto count = static_cast<std::size_t>(tens) + 1;
+    whole = {digits_.data(), count};
+    fraction = digits_.substr(std::min(count, digits_.size()));
 }
 
 template <>

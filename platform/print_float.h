@@ -9,8 +9,8 @@
 
 namespace platform {
 
-/// The text of a double without its sign, in the pieces between which the print puts what the
-/// standard library knows nothing of: the locale's decimal point and zeros.
+/// The text of a double without its sign, in the pieces between which the print puts the locale's
+/// decimal point and zeros without end.
 class FloatText {
 public:
     /// `letter` is one of e, f, g, G. `keepsZeros` is the flag `#`.
@@ -25,17 +25,23 @@ public:
     std::string_view exponent;
 
 private:
-    // No double has a digit other than 0 behind this one.
-    static constexpr int kMaxPrecision = 1074;
+    // No double has a digit other than 0 behind this one, whether counted from the point or from
+    // the first digit.
+    static constexpr int kMaxDigits = 1074;
     static constexpr int kMaxWhole = 309;
+    static constexpr int kFront = 8;  // for zeros in front of the digits
 
-    void SetScientific(double magnitude, int precision) noexcept;
     void SetFixed(double magnitude, int precision) noexcept;
-    void SetGeneral(double magnitude, int precision) noexcept;
-    void SetGeneralWithZeros(double magnitude, int precision) noexcept;
-    void Split(const char* end) noexcept;
+    void SetLongFixed(double magnitude, int precision) noexcept;
+    int SetDigits(double magnitude, long long count) noexcept;
+    int SetManyDigits(double magnitude, long long count) noexcept;
+    void SetScientific(int tens, char letter) noexcept;
+    void SetGeneral(int tens, int precision, char letter) noexcept;
+    void DropZeros() noexcept;
 
-    char buffer_[kMaxWhole + 1 + kMaxPrecision + 8];
+    std::string_view digits_;
+    char exponent_[5];
+    char buffer_[kMaxWhole + 1 + kMaxDigits + kFront];
 };
 
 /// The decimal point of the thread's locale, looked up when the first number needs it.

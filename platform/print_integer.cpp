@@ -19,21 +19,11 @@ constexpr std::array<char, 200> kPairs = [] {
     return pairs;
 }();
 
-constexpr std::array<unsigned long long, 20> kPowers = [] {
-    std::array<unsigned long long, 20> powers{};
-    unsigned long long power = 1;
-    for (unsigned long long& entry : powers) {
-        entry = power;
-        power *= 10;
-    }
-    powers[0] = 0;  // 0 has one digit too
-    return powers;
-}();
-
 int count_digits(unsigned long long value) {
-    // 1233 / 4096 is a little above the logarithm of 2 to the base 10.
-    const int guess = static_cast<int>(std::bit_width(value | 1)) * 1233 >> 12;
-    return guess + (value >= kPowers[static_cast<std::size_t>(guess)] ? 1 : 0);
+    value |= 1;  // 0 has one digit too, and no other number gets one more
+    const auto guess =
+        static_cast<std::size_t>(tens_of_bits(static_cast<int>(std::bit_width(value))));
+    return static_cast<int>(guess) + (value >= kPowersOfTen[guess] ? 1 : 0);
 }
 
 template <class Unit>

@@ -1,10 +1,26 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 
 #include "format_syntax.h"
 
 namespace platform {
+
+constexpr std::array<unsigned long long, 20> kPowersOfTen = [] {
+    std::array<unsigned long long, 20> powers{};
+    unsigned long long power = 1;
+    for (unsigned long long& entry : powers) {
+        entry = power;
+        power *= 10;
+    }
+    return powers;
+}();
+
+/// The whole part of the logarithm to the base 10 of 2 ** bits, for |bits| up to 1100.
+constexpr int tens_of_bits(int bits) {
+    return static_cast<int>((bits * 315653LL) >> 20);
+}
 
 /// What stands in front of a number's digits: a sign and "0x".
 struct NumberPrefix {
