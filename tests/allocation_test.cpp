@@ -1,0 +1,422 @@
+// Every allocation of every exported operation is made to fail, alone and with all that follow.
+// What comes out is std::bad_alloc, the object is as promised, its neighbour is untouched, nothing
+// leaks.
+
+#include <atomic>
+#include <clocale>
+#include <cstdarg>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <new>
+#include <regex>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "twins.h"
+
+namespace {
+
+struct Allocator {
+    std::atomic<long> nLive{0};
+    bool bArmed = false;
+    bool bAndOn = false;
+    long nCalls = 0;
+    long nFail = 0;
+} allocator;
+
+void* allocate(std::size_t nSize) {
+    if (allocator.bArmed) {
+        ++allocator.nCalls;
+        if (allocator.nFail != 0 && (allocator.bAndOn ? allocator.nCalls >= allocator.nFail
+                                                      : allocator.nCalls == allocator.nFail)) {
+            throw std::bad_alloc();
+        }
+    }
+    void* p = std::malloc(nSize == 0 ? 1 : nSize);
+    if (p == nullptr) {
+        throw std::bad_alloc();
+    }
+    ++allocator.nLive;
+    return p;
+}
+
+void release(void* p) noexcept {
+    allocator.nLive -= p != nullptr ? 1 : 0;
+    std::free(p);
+}
+
+}  // namespace
+
+void* operator new(std::size_t nSize) {
+    return allocate(nSize);
+}
+void* operator new[](std::size_t nSize) {
+    return allocate(nSize);
+}
+void operator delete(void* p) noexcept {
+    release(p);
+}
+void operator delete[](void* p) noexcept {
+    release(p);
+}
+void operator delete(void* p, std::size_t) noexcept {
+    release(p);
+}
+void operator delete[](void* p, std::size_t) noexcept {
+    release(p);
+}
+
+namespace {
+
+/// What a failed allocation may leave of the object's text.
+enum class Leaves { Nothing, Text, TextOrEmpty, TextOfSteps };
+
+/// `name` is the exported name without its class, T and C standing for the class and its unit.
+template <class Text>
+struct Row {
+    const char* name;
+    Leaves leaves;  // Nothing: the operation must not allocate at all on a private block
+    std::function<void(Open<Text>&, const Open<Text>&)> run;
+};
+
+template <class TypeParam>
+std::vector<Row<TypeParam>> common_rows() {
+    using T = Open<TypeParam>;
+    using C = typename Twin<TypeParam>::Unit;
+    const auto never = Leaves::Nothing;
+    const auto text = Leaves::Text;
+    const auto empty = Leaves::TextOrEmpty;
+    const C x = 'x';
+    return {
+        {"T()", never, [](T&, const T&) { TypeParam(); }},
+        {"T(T&&)", never, [](T& s, const T&) { s = TypeParam(std::move(s)); }},
+        {"T(C const*)", text, [](T&, const T&) { TypeParam(T_("constructed")); }},
+        {"CopyUnshared(T const&)", text, [](T& s, const T&) { TypeParam copy(s); }},
+        {"DestroyUnshared()", never, [](T&, const T&) { TypeParam(); }},
+        {"operator=(T const&)", empty,
+         [](T& s, const T& o) { s = static_cast<const TypeParam&>(o); }},
+        {"operator=(T&&)", text, [](T& s, const T& o) { s = o + o; }},
+        {"operator=(C)", empty, [](T& s, const T&) { s = C('q'); }},
+        {"operator=(C const*)", empty,
+         [](T& s, const T&) { s = T_("a text that is longer than any block before it"); }},
+        {"Empty()", text, [](T& s, const T&) { s.Empty(); }},
+        {"Release()", text, [](T& s, const T&) { static_cast<TypeParam&>(s).Release(); }},
+        {"SetAt(int, C)", text, [=](T& s, const T&) { s.SetAt(0, x); }},
+        {"GetBuffer(int)", text, [](T& s, const T&) { s.GetBuffer(99); }},
+        {"ReleaseBuffer(int)", text, [](T& s, const T&) { s.ReleaseBuffer(); }},
+        {"GetBufferSetLength(int)", text, [](T& s, const T&) { s.GetBufferSetLength(3); }},
+        {"FreeExtra()", text, [](T& s, const T&) { s.FreeExtra(); }},
+        {"Append(T const&)", text, [](T& s, const T& o) { s.Append(o); }},
+        {"Append(C)", text, [=](T& s, const T&) { s.Append(x); }},
+        {"Append(C const*)", text, [](T& s, const T&) { s.Append(T_("more")); }},
+        {"operator+=(T const&)", text, [](T& s, const T&) { s += s; }},
+        {"operator+=(C)", text, [=](T& s, const T&) { s += x; }},
+        {"operator+=(C const*)", text, [](T& s, const T&) { s += T_("more"); }},
+        {"operator<<(T const&)", text, [](T& s, const T& o) { s << o; }},
+        {"operator<<(C)", text, [=](T& s, const T&) { s << x; }},
+        {"operator<<(C const*)", text, [](T& s, const T&) { s << T_("more"); }},
+        {"Find(C)", never, [=](T& s, const T&) { s.Find(x); }},
+        {"Find(C, int)", never, [=](T& s, const T&) { s.Find(x, 2); }},
+        {"Find(C const*)", never, [](T& s, const T&) { s.Find(T_("wo")); }},
+        {"Find(C const*, int)", never, [](T& s, const T&) { s.Find(T_("wo"), 2); }},
+        {"ReverseFind(C)", never, [=](T& s, const T&) { s.ReverseFind(x); }},
+        {"FindOneOf(C const*)", never, [](T& s, const T&) { s.FindOneOf(T_("xyz")); }},
+        {"NCFind(C)", never, [=](T& s, const T&) { s.NCFind(x); }},
+        {"NCFind(C const*)", text, [](T& s, const T&) { s.NCFind(T_("WORLD")); }},
+        {"Count(C)", never, [=](T& s, const T&) { s.Count(x); }},
+        {"Count(C const*)", never, [](T& s, const T&) { s.Count(T_("o")); }},
+        {"Mid(int)", text, [](T& s, const T&) { s.Mid(2); }},
+        {"Mid(int, int)", text, [](T& s, const T&) { s.Mid(2, 3); }},
+        {"Left(int)", text, [](T& s, const T&) { s.Left(2); }},
+        {"Right(int)", text, [](T& s, const T&) { s.Right(2); }},
+        {"MakeUpper()", text, [](T& s, const T&) { s.MakeUpper(); }},
+        {"MakeLower()", text, [](T& s, const T&) { s.MakeLower(); }},
+        {"MakeReverse()", text, [](T& s, const T&) { s.MakeReverse(); }},
+        {"TrimRight()", text, [](T& s, const T&) { s.TrimRight(); }},
+        {"TrimRight(C)", text, [=](T& s, const T&) { s.TrimRight(x); }},
+        {"TrimRight(C const*)", text, [](T& s, const T&) { s.TrimRight(T_("x\t")); }},
+        {"TrimLeft()", text, [](T& s, const T&) { s.TrimLeft(); }},
+        {"TrimLeft(C)", text, [](T& s, const T&) { s.TrimLeft(C('h')); }},
+        {"TrimLeft(C const*)", text, [](T& s, const T&) { s.TrimLeft(T_("h")); }},
+        {"Trim()", text, [](T& s, const T&) { s.Trim(); }},
+        {"Replace(C, C)", text, [=](T& s, const T&) { s.Replace(C('o'), x); }},
+        {"Replace(C const*, C const*)", text,
+         [](T& s, const T&) { s.Replace(T_("o"), T_("longer")); }},
+        {"Remove(C const*)", text, [](T& s, const T&) { s.Remove(T_("o")); }},
+        {"Remove(C)", text, [](T& s, const T&) { s.Remove(C('o')); }},
+        {"RemoveSpace()", text, [](T& s, const T&) { s.RemoveSpace(); }},
+        {"RemovePunctuation()", text, [](T& s, const T&) { s.RemovePunctuation(); }},
+        {"RemoveControl()", text, [](T& s, const T&) { s.RemoveControl(); }},
+        {"NCRemove(C const*)", text, [](T& s, const T&) { s.NCRemove(T_("O")); }},
+        {"NCRemove(C)", text, [](T& s, const T&) { s.NCRemove(C('O')); }},
+        {"FromRepeat(C, int)", text, [=](T&, const T&) { TypeParam::FromRepeat(x, 3); }},
+        {"Format(C const*, ...)", text, [](T& s, const T&) { s.Format(T_("%d %400f"), 1, 1.5); }},
+        {"AppendFormat(C const*, ...)", text, [](T& s, const T&) { s.AppendFormat(T_("%d"), 7); }},
+        {"FromFormat(C const*, ...)", text, [](T&, const T&) { T::FromFormat(T_("%d"), 7); }},
+        {"Bool()", never, [](T& s, const T&) { s.Bool(); }},
+        {"Int()", never, [](T& s, const T&) { s.Int(); }},
+        {"Long()", never, [](T& s, const T&) { s.Long(); }},
+        {"Int64()", never, [](T& s, const T&) { s.Int64(); }},
+        {"Double()", never, [](T& s, const T&) { s.Double(); }},
+        {"From(int)", text, [](T&, const T&) { TypeParam::From(1); }},
+        {"From(long)", text, [](T&, const T&) { TypeParam::From(1L); }},
+        {"From(unsigned int)", text, [](T&, const T&) { TypeParam::From(1U); }},
+        {"From(unsigned long)", text, [](T&, const T&) { TypeParam::From(1UL); }},
+        {"From(long long)", text, [](T&, const T&) { TypeParam::From(1LL); }},
+        {"From(unsigned long long)", text, [](T&, const T&) { TypeParam::From(1ULL); }},
+        {"From(double)", text, [](T&, const T&) { TypeParam::From(1.5); }},
+        {"Compare(C const*)", never, [](T& s, const T& o) { s.Compare(o); }},
+        {"CompareNoCase(C const*)", never, [](T& s, const T& o) { s.CompareNoCase(o); }},
+        {"Elements(int, int, C)", text, [](T& s, const T&) { s.Elements(0, 3, C(' ')); }},
+        {"Element(int, C)", text, [](T& s, const T&) { s.Element(1, C(' ')); }},
+        {"operator+(T const&, T const&)", text, [](T& s, const T& o) { s + o; }},
+        {"operator+(T const&, C)", text, [=](T& s, const T&) { s + x; }},
+        {"operator+(C, T const&)", text, [=](T& s, const T&) { x + s; }},
+        {"operator+(T const&, C const*)", text, [](T& s, const T&) { s + T_("more"); }},
+        {"operator+(C const*, T const&)", text, [](T& s, const T&) { T_("more") + s; }},
+    };
+}
+
+std::vector<Row<Kelm>> rows(const Kelm*) {
+    using T = Open<Kelm>;
+    const auto never = Leaves::Nothing;
+    const auto text = Leaves::Text;
+    const auto empty = Leaves::TextOrEmpty;
+    std::vector<Row<Kelm>> result = common_rows<Kelm>();
+    const std::vector<Row<Kelm>> own = {
+        {"T(C const*, int)", text, [](T&, const T&) { Kelm("abc", 2); }},
+        {"T(unsigned C const*)", text,
+         [](T&, const T& o) { Kelm(reinterpret_cast<const unsigned char*>(o.constBuffer())); }},
+        {"operator=(unsigned C const*)", empty,
+         [](T& s, const T& o) { s = reinterpret_cast<const unsigned char*>(o.constBuffer()); }},
+        {"LockBuffer()", text, [](T& s, const T&) { s.LockBuffer(); }},
+        {"UnlockBuffer()", text, [](T& s, const T&) { s.LockBuffer(), s.UnlockBuffer(); }},
+        {"SpanIncluding(C const*)", text, [](T& s, const T&) { s.SpanIncluding("hel"); }},
+        {"SpanExcluding(C const*)", text, [](T& s, const T&) { s.SpanExcluding(" "); }},
+        {"NCReplace(C const*, C const*)", Leaves::TextOfSteps,
+         [](T& s, const T&) { s.NCReplace("O", "--"); }},
+        {"Insert(int, C)", text, [](T& s, const T&) { s.Insert(1, 'x'); }},
+        {"Insert(int, C const*)", text, [](T& s, const T&) { s.Insert(1, "more"); }},
+        {"Delete(int, int)", text, [](T& s, const T&) { s.Delete(1, 2); }},
+        {"Repeat(C, int)", empty, [](T& s, const T&) { s.Repeat('x', 70); }},
+        {"Repeat(C const*, int)", text, [](T& s, const T&) { s.Repeat("xy", 30); }},
+        {"operator--()", text, [](T& s, const T&) { --s; }},
+        {"operator--(int)", text, [](T& s, const T&) { s--; }},
+        {"ReplaceTabs(int)", text, [](T& s, const T&) { s.ReplaceTabs(8); }},
+        {"FormatMsg(unsigned int, C const*, ...)", Leaves::TextOfSteps,
+         [](T& s, const T&) { s.FormatMsg(5, "%d", 1); }},
+        {"int T::To<int>()", never, [](T& s, const T&) { s.To<int>(); }},
+        {"unsigned int T::To<unsigned int>()", never, [](T& s, const T&) { s.To<unsigned>(); }},
+        {"long T::To<long>()", never, [](T& s, const T&) { s.To<long>(); }},
+        {"unsigned long T::To<unsigned long>()", never,
+         [](T& s, const T&) { s.To<unsigned long>(); }},
+        {"long long T::To<long long>()", never, [](T& s, const T&) { s.To<long long>(); }},
+        {"unsigned long long T::To<unsigned long long>()", never,
+         [](T& s, const T&) { s.To<unsigned long long>(); }},
+        {"double T::To<double>()", never, [](T& s, const T&) { s.To<double>(); }},
+        {"float T::To<float>()", never, [](T& s, const T&) { s.To<float>(); }},
+        {"bool T::To<bool>()", never, [](T& s, const T&) { s.To<bool>(); }},
+        {"IsDigit()", never, [](T& s, const T&) { s.IsDigit(); }},
+        {"IsDigit(int)", never, [](T& s, const T&) { s.IsDigit(0); }},
+        {"IsAlNum()", never, [](T& s, const T&) { s.IsAlNum(); }},
+        {"IsAlNum(int)", never, [](T& s, const T&) { s.IsAlNum(0); }},
+        {"IsAlpha()", never, [](T& s, const T&) { s.IsAlpha(); }},
+        {"IsAlpha(int)", never, [](T& s, const T&) { s.IsAlpha(0); }},
+        {"IsUpper()", never, [](T& s, const T&) { s.IsUpper(); }},
+        {"IsUpper(int)", never, [](T& s, const T&) { s.IsUpper(0); }},
+        {"IsLower()", never, [](T& s, const T&) { s.IsLower(); }},
+        {"IsLower(int)", never, [](T& s, const T&) { s.IsLower(0); }},
+        {"IsSpace()", never, [](T& s, const T&) { s.IsSpace(); }},
+        {"IsSpace(int)", never, [](T& s, const T&) { s.IsSpace(0); }},
+        {"Collate(C const*)", never, [](T& s, const T& o) { s.Collate(o); }},
+        {"CollateNoCase(C const*)", text,
+         [](T& s, const T&) { s.CollateNoCase(Kelm::FromRepeat('h', 5000)); }},
+        {"Similar(C const*)", text, [](T& s, const T&) { s.Similar("xyz"); }},
+        {"Similar(T const&)", text,
+         [](T& s, const T&) {
+             (s + Kelm::FromRepeat('h', 999)).Similar(Kelm::FromRepeat('o', 9999));
+         }},
+        {"IndexOfElement(C const*, C)", never, [](T& s, const T&) { s.IndexOfElement("42", ' '); }},
+        {"IndexOfElement(double, C)", text,
+         [](T& s, const T&) { (s + Kelm::FromRepeat('h', 999)).IndexOfElement(42.5, ' '); }},
+        {"IndexOfElement(int, C)", never, [](T& s, const T&) { s.IndexOfElement(42, ' '); }},
+        {"IndexOfElement(C, C)", never, [](T& s, const T&) { s.IndexOfElement('4', ' '); }},
+        {"IndexOfElement(bool, C)", never, [](T& s, const T&) { s.IndexOfElement(true, ' '); }},
+        {"ToCharacterSet(unsigned int)", text, [](T& s, const T&) { s.ToCharacterSet(1252); }},
+        {"FromCharacterSet(unsigned int)", text, [](T& s, const T&) { s.FromCharacterSet(500); }},
+        {"Token::Token(T const&, bool)", never, [](T& s, const T&) { Kelm::Token token(s); }},
+        {"Token::Current()", text, [](T& s, const T&) { Kelm::Token(s).Current(); }},
+        {"Token::operator()()", text, [](T& s, const T&) { Kelm::Token{s}(); }},
+        {"Token::operator T()", text, [](T& s, const T&) { Kelm copy = Kelm::Token(s); }},
+        {"Token::Next()", never, [](T& s, const T&) { Kelm::Token(s).Next(); }},
+        {"Token::Next(C)", never, [](T& s, const T&) { Kelm::Token(s).Next(','); }},
+        {"Token::NextLine()", never, [](T& s, const T&) { Kelm::Token(s).NextLine(); }},
+        {"Token::operator++()", never,
+         [](T& s, const T&) {
+             Kelm::Token token(s);
+             ++token;
+         }},
+        {"Token::operator++(int)", never,
+         [](T& s, const T&) {
+             Kelm::Token token(s);
+             token++;
+         }},
+        {"Token::operator bool()", never, [](T& s, const T&) { (void)!Kelm::Token(s); }},
+        {"Token::IsValid()", never, [](T& s, const T&) { Kelm::Token(s).IsValid(); }},
+        {"Token::SkipPunctuation(bool)", never,
+         [](T& s, const T&) { Kelm::Token(s).SkipPunctuation(true); }},
+        {"Token::Restart()", never, [](T& s, const T&) { Kelm::Token(s).Restart(); }},
+        {"Token::Clear()", never, [](T& s, const T&) { Kelm::Token(s).Clear(); }},
+    };
+    result.insert(result.end(), own.begin(), own.end());
+    return result;
+}
+
+std::vector<Row<WString>> rows(const WString*) {
+    using T = Open<WString>;
+    const auto text = Leaves::Text;
+    std::vector<Row<WString>> result = common_rows<WString>();
+    const std::vector<Row<WString>> own = {
+        {"T(C*)", text,
+         [](T&, const T& o) { WString copy(const_cast<char16_t*>(o.constBuffer())); }},
+        {"T(char const*)", text, [](T&, const T&) { WString("narrow"); }},
+        {"T(Kelm const&)", text, [](T&, const T&) { WString(Kelm("narrow")); }},
+        {"operator=(Kelm const&)", text, [](T& s, const T&) { s = Kelm("narrow"); }},
+        {"Append(Kelm const&)", text, [](T& s, const T&) { s.Append(Kelm("narrow")); }},
+        {"operator+=(Kelm const&)", text, [](T& s, const T&) { s += Kelm("narrow"); }},
+        {"operator<<(Kelm const&)", text, [](T& s, const T&) { s << Kelm("narrow"); }},
+        {"operator<<(char const*)", text, [](T& s, const T&) { s << "narrow"; }},
+        {"operator<<(short)", text, [](T& s, const T&) { s << short{1}; }},
+        {"operator<<(unsigned short)", text,
+         [](T& s, const T&) { s << static_cast<unsigned short>(1); }},
+        {"operator<<(int)", text, [](T& s, const T&) { s << 1; }},
+        {"operator<<(unsigned int)", text, [](T& s, const T&) { s << 1U; }},
+        {"operator<<(long)", text, [](T& s, const T&) { s << 1L; }},
+        {"operator+(T const&, char const*)", text, [](T& s, const T&) { s + "narrow"; }},
+        {"operator+(T const&, Kelm const&)", text, [](T& s, const T&) { s + Kelm("narrow"); }},
+        {"FromCodePage(Kelm const&, unsigned int)", text,
+         [](T&, const T&) { WString::FromCodePage(Kelm("narrow"), 28591); }},
+        {"FromCodePage(char const*, unsigned int)", text,
+         [](T&, const T&) { WString::FromCodePage("narrow", 65001); }},
+        {"ToKelm()", text, [](T& s, const T&) { s.ToKelm(); }},
+        {"ToKelm(unsigned int)", text, [](T& s, const T&) { s.ToKelm(28591); }},
+    };
+    result.insert(result.end(), own.begin(), own.end());
+    return result;
+}
+
+enum class State { Private, Room, Shared, Locked };
+
+void lock(Open<Kelm>& text) {
+    text.LockBuffer();
+}
+void lock(Open<WString>&) {}
+
+/// One object in a state with a neighbour that may share its block, and one run of an operation.
+template <class TypeParam>
+struct Attempt {
+    Open<TypeParam> text{T_("hello world, 42 xx\t")};
+    Open<TypeParam> neighbour{T_("neighbour")};
+    Open<TypeParam> other{T_(" and some other text")};
+
+    explicit Attempt(State state) {
+        if (state == State::Room) {
+            text.GetBuffer(60);
+        } else if (state == State::Shared) {
+            neighbour = static_cast<const TypeParam&>(text);
+        } else if (state == State::Locked) {
+            lock(text);
+        }
+    }
+
+    /// Whether an allocation failed.
+    bool Run(const Row<TypeParam>& row, long nFail, bool bAndOn) {
+        const auto before = whole(text);
+        const auto beside = whole(neighbour);
+        bool bFailed = false;
+        allocator.nCalls = 0;
+        allocator.nFail = nFail;
+        allocator.bAndOn = bAndOn;
+        allocator.bArmed = true;
+        try {
+            row.run(text, other);
+        } catch (const std::bad_alloc&) {
+            bFailed = true;
+        }
+        allocator.bArmed = false;
+        EXPECT_EQ(whole(neighbour), beside) << row.name;
+        EXPECT_EQ(text[text.GetLength()], 0) << row.name;
+        if (bFailed) {
+            const bool bEmpty = row.leaves == Leaves::TextOrEmpty && text.IsEmpty();
+            const bool bSteps = row.leaves == Leaves::TextOfSteps;
+            EXPECT_TRUE(bEmpty || bSteps || whole(text) == before) << row.name;
+            EXPECT_NE(row.leaves, Leaves::Nothing) << row.name;
+            row.run(text, other);
+        }
+        return bFailed;
+    }
+};
+
+template <class TypeParam>
+class Allocation : public ::testing::Test {};
+TYPED_TEST_SUITE(Allocation, Twins);
+
+/// The row's name as the list of exports has it, qualified or not.
+std::vector<std::string> export_names(std::string name, const std::string& text,
+                                      const std::string& unit) {
+    name = std::regex_replace(name, std::regex(R"(\bT\b)"), text);
+    name = std::regex_replace(name, std::regex(R"(\bC\b)"), unit);
+    return {name, text + "::" + name};
+}
+
+template <class TypeParam>
+void drop_covered(std::set<std::string>& names, const char* text, const char* unit) {
+    for (const auto& row : rows(static_cast<const TypeParam*>(nullptr))) {
+        std::size_t nDropped = 0;
+        for (const std::string& name : export_names(row.name, text, unit)) {
+            nDropped += names.erase(name);
+        }
+        EXPECT_EQ(nDropped, 1U) << row.name << " is no export of " << text;
+    }
+}
+
+}  // namespace
+
+TYPED_TEST(Allocation, FailsWithoutHarm) {
+    for (const auto& row : rows(static_cast<const TypeParam*>(nullptr))) {
+        for (const State state : {State::Private, State::Room, State::Shared, State::Locked}) {
+            for (const bool bAndOn : {false, true}) {
+                long nFail = 1;
+                bool bFailed = true;
+                const long nLive = allocator.nLive;
+                for (; bFailed && nFail < 50; ++nFail) {
+                    bFailed = Attempt<TypeParam>(state).Run(row, nFail, bAndOn);
+                }
+                EXPECT_FALSE(bFailed) << row.name << " never succeeds";
+                EXPECT_EQ(allocator.nLive, nLive) << row.name << " leaks";
+            }
+        }
+    }
+}
+
+TEST(AllocationRows, CoverEveryExport) {
+    std::set<std::string> names;
+    std::ifstream list(KELM_EXPORTS);
+    for (std::string line; std::getline(list, line);) {
+        if (line.ends_with(" const")) {
+            line.resize(line.size() - 6);
+        }
+        names.insert(line);
+    }
+    ASSERT_GT(names.size(), 200U);
+    drop_covered<Kelm>(names, "Kelm", "char");
+    drop_covered<WString>(names, "WString", "char16_t");
+    // What the rows reach through the members above, and the comparisons, which only read.
+    const std::regex others(
+        R"(.*::(Init|AllocBuffer|FreeData|Release|CopyBeforeWrite|AllocBeforeWrite|AssignCopy|AllocCopy|MoveAssign|ConcatCopy|ConcatInPlace|GetFormattedLength|VFormat|FormatV|AppendFormatV|_FromCodePage|FindWhitespace|FindChar)\(.*|operator[=!<>]=?\(.*)");
+    for (const std::string& name : names) {
+        EXPECT_TRUE(std::regex_match(name, others)) << name << " is not tried";
+    }
+}
