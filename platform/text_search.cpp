@@ -69,8 +69,8 @@ inline bool equal_at_ends(const char* a, const char* b, std::size_t size) {
             return equal_ends<std::uint64_t>(a, b, size);
         }
         const std::size_t back = size - kQuickBytes / 2;
-        return !has_hit((load_lanes(a) ^ load_lanes(b)) |
-                        (load_lanes(a + back) ^ load_lanes(b + back)));
+        return !has_hit(
+            ~(lanes_equal(a, load_lanes(b)) & lanes_equal(a + back, load_lanes(b + back))));
     }
     if (size >= sizeof(std::uint32_t)) {
         return equal_ends<std::uint32_t>(a, b, size);
@@ -250,39 +250,6 @@ TwoUnits choose_well(const Unit* text, std::size_t count) {
     return chosen;
 }
 
-struct Suffix {
-    std::size_t start;
-    std::size_t period;
-};
-
-// The greatest suffix by the order of units, or by the reverse order.
-template <class Unit>
-Suffix greatest_suffix(const Unit* text, std::size_t count, bool isReverse) {
-    std::size_t start = 0;  // one above the usual index, so that it begins at 0
-    std::size_t rival = 1;
-    std::size_t offset = 0;
-    std::size_t period = 1;
-    while (rival + offset < count) {
-        const Unit a = text[start + offset];
-        const Unit b = text[rival + offset];
-        if (a == b) {
-            if (++offset == period) {
-                rival += period;
-                offset = 0;
-            }
-        } else if (isReverse ? a < b : b < a) {
-            rival += offset + 1;
-            offset = 0;
-            period = rival - start;
-        } else {
-            start = rival++;
-            offset = 0;
-            period = 1;
-        }
-    }
-    return {start, period};
-}
-
 }  // namespace
 
 template <class Unit>
@@ -385,43 +352,34 @@ const Unit* TextSearch<Unit>::NextInRest() {
     return nullptr;
 }
 
-// From here on the two-way search of Crochemore and Perrin: the text is cut where its local period
-// is its period, and compared from the cut to the right, then from the cut to the left.
 template <class Unit>
 void TextSearch<Unit>::TurnLinear() {
-    const Suffix a = greatest_suffix(text_, count_, false);
-    const Suffix b = greatest_suffix(text_, count_, true);
-    const Suffix cut = a.start > b.start ? a : b;
-    split_ = cut.start;
-    period_ = cut.period;
-    isPeriodic_ = split_ + period_ <= count_ &&
-                  std::memcmp(text_, text_ + period_, split_ * sizeof(Unit)) == 0;
-    if (!isPeriodic_) {
-        period_ = std::max(split_, count_ - split_) + 1;
-    }
+    cut_ = cut_pattern(text_, count_);
     way_ = Way::Linear;
 }
 
 template <class Unit>
 const Unit* TextSearch<Unit>::NextLinear() {
-    while (next_ < end_) {
+    const auto step = [this](std::size_t units, std::size_t known) {
+        next_ += std::min(static_cast<std::ptrdiff_t>(units), end_ - next_);
+        known_ = known;
+    };
+    while (next_ != end_) {
         const Unit* const place = next_;
-        std::size_t i = std::max(split_, known_);
+        std::size_t i = std::max(cut_.right, known_);
         while (i < count_ && place[i] == text_[i]) {
             ++i;
         }
         if (i < count_) {
-            next_ += std::min(static_cast<std::ptrdiff_t>(i - split_ + 1), end_ - next_);
-            known_ = 0;
+            step(i - cut_.right + 1, 0);
             continue;
         }
-        i = split_;
+        i = cut_.right;
         while (i > known_ && place[i - 1] == text_[i - 1]) {
             --i;
         }
         const bool isMatch = i <= known_;
-        next_ += std::min(static_cast<std::ptrdiff_t>(period_), end_ - next_);
-        known_ = isPeriodic_ ? count_ - period_ : 0;
+        step(cut_.period, cut_.remembered);
         if (isMatch) {
             return place;
         }

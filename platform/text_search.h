@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "two_way.h"
+
 namespace platform {
 
 /// The places of a text inside another, for `char` and `char16_t`. Fast on ordinary text; on text
@@ -36,10 +38,8 @@ private:
     std::size_t spent_ = 0;  // units compared so far
     Way way_;
 
-    // Of the linear way. The text is cut into two parts at `split_`.
-    bool isPeriodic_ = false;
-    std::size_t split_ = 0;
-    std::size_t period_ = 0;
+    // Of the linear way.
+    CriticalCut cut_{};
     std::size_t known_ = 0;  // units at `next_` known to fit
 };
 
