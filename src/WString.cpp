@@ -644,8 +644,7 @@ void WString::ReplaceHits(int nHits, int nOld, const char16_t* pchOld, int nNew,
     } else if (nNewLength > nLength) {
         // To the end of its room, so that the merge forward never overtakes what it reads.
         pchRead = m_pchData + (nNewLength - nLength);
-        std::memmove(m_pchData + (nNewLength - nLength), m_pchData,
-                     static_cast<std::size_t>(nLength) + 1);
+        move_units(m_pchData + (nNewLength - nLength), m_pchData, nLength + 1);
     }
     const char16_t* pchEnd = pchRead + nLength;
     char16_t* pchWrite = m_pchData;
