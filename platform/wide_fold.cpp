@@ -1,7 +1,9 @@
+#include <ctype.h>
 #include <wctype.h>
 
 #include <algorithm>
-#include <functional>
+#include <cstring>
+#include <optional>
 
 #include "page_loads.h"
 #include "two_way.h"
@@ -56,61 +58,126 @@ private:
     char16_t answer_[kSlots];
 };
 
-struct Case {
-    UnitMap fold;
-    char16_t firstLetter;
+Units letter_lanes(Units units, char16_t firstLetter) {
+    return reinterpret_cast<Units>(units - splat_lanes(firstLetter) < splat_lanes(kLetters));
+}
+
+// One direction of case, for a walk over many units.
+class Folder {
+public:
+    static Folder Upper() { return {towupper, *__ctype_toupper_loc(), u'a'}; }
+    static Folder Lower() { return {towlower, *__ctype_tolower_loc(), u'A'}; }
+
+    // Whether the letters of ASCII fold to each other, which is not so in Turkish. No locale may
+    // give a case to other characters of ASCII.
+    bool IsUsualForAscii() const { return isUsual_; }
+
+    char16_t operator()(char16_t unit) {
+        if (isUsual_ && unit < kFirstNonAscii) {
+            const bool isLetter = static_cast<char16_t>(unit - firstLetter_) < kLetters;
+            return static_cast<char16_t>(isLetter ? unit ^ kCaseBit : unit);
+        }
+        if (!answers_) {
+            answers_.emplace(fold_);
+        }
+        return (*answers_)(unit);
+    }
+
+    // Folds the letters of ASCII and nothing else.
+    Units Ascii(Units units) const {
+        return units ^ (letter_lanes(units, firstLetter_) & splat_lanes(kCaseBit));
+    }
+
+private:
+    Folder(UnitMap fold, const std::int32_t* bytes, char16_t firstLetter)
+        : fold_(fold), firstLetter_(firstLetter), isUsual_(true) {
+        for (std::int32_t letter = firstLetter; letter < firstLetter + kLetters; ++letter) {
+            isUsual_ &= bytes[letter] == (letter ^ kCaseBit);
+        }
+        // A thread that is older than the locale still has the table of bytes that it began with.
+        const auto i = static_cast<char16_t>(firstLetter + (u'i' - u'a'));
+        isUsual_ = isUsual_ && fold(i) == (i ^ kCaseBit);
+    }
+
+    UnitMap fold_;
+    char16_t firstLetter_;
+    bool isUsual_;
+    std::optional<Answers> answers_;
 };
 
-constexpr Case kUpper{towupper, u'a'};
-constexpr Case kLower{towlower, u'A'};
+void fold_units(char16_t* first, char16_t* last, Folder fold) {
+    if (fold.IsUsualForAscii()) {
+        for (; last - first >= kLanes; first += kLanes) {
+            const Units units = load_lanes(first);
+            store_lanes(first, fold.Ascii(units));
+            const auto others = reinterpret_cast<Units>(units >= splat_lanes(kFirstNonAscii));
+            for (std::uint64_t hits = hit_bits(others); hits != 0;
+                 hits = without_first_hit<char16_t>(hits)) {
+                char16_t& unit = first[first_hit<char16_t>(hits)];
+                unit = fold(unit);
+            }
+        }
+    }
+    for (; first != last; ++first) {
+        *first = fold(*first);
+    }
+}
 
-// Whether each of the 26 letters folds to its partner, which is not so in Turkish. Nothing else
-// below 0x80 has a case in any locale: the standard forbids it of digits, punctuation, space and
-// control characters.
-bool is_usual_for_ascii(Case to) {
-    for (char16_t i = 0; i < kLetters; ++i) {
-        const auto letter = static_cast<char16_t>(to.firstLetter + i);
-        if (to.fold(letter) != (letter ^ kCaseBit)) {
+// A class of units. The locale is asked for it; what it hardly ever holds is one run of ASCII.
+struct Members {
+    UnitMap isMember;
+    char16_t firstOther;
+    char16_t lastOther;
+};
+
+constexpr Members kSpace{space_map, u'!', u'~'};
+constexpr Members kPunctuation{punctuation_map, u'a', u'z'};
+constexpr Members kControl{control_map, u' ', u'~'};
+
+// Long enough that asking for every unit of such a run does not show.
+constexpr std::ptrdiff_t kLongText = 4096;
+
+bool has_no_other(Members members) {
+    for (char16_t unit = members.firstOther; unit <= members.lastOther; ++unit) {
+        if (members.isMember(unit) != 0) {
             return false;
         }
     }
     return true;
 }
 
-inline Units lanes_at_least(Units units, char16_t limit) {
-    return reinterpret_cast<Units>(units >= splat_lanes(limit));
-}
-
-inline Units letter_lanes(Units units, char16_t firstLetter) {
-    return reinterpret_cast<Units>(units - splat_lanes(firstLetter) < splat_lanes(kLetters));
-}
-
-// Texts shorter than this are not worth asking for 26 letters.
-constexpr std::ptrdiff_t kLongText = 32;
-
-void fold_units(char16_t* first, char16_t* last, Case to) {
-    Answers fold(to.fold);
-    if (last - first >= kLongText && is_usual_for_ascii(to)) {
-        for (; last - first >= kLanes; first += kLanes) {
-            const Units units = load_lanes(first);
-            if (has_hit(lanes_at_least(units, kFirstNonAscii))) {
-                std::transform(first, first + kLanes, first, std::ref(fold));
-            } else {
-                store_lanes(first,
-                            units ^ (letter_lanes(units, to.firstLetter) & splat_lanes(kCaseBit)));
-            }
-        }
+// The first unit from `first` that starts a vector in which there may be members.
+const char16_t* skip_others(const char16_t* first, const char16_t* last, Members members) {
+    const Units firstOther = splat_lanes(members.firstOther);
+    const Units span = splat_lanes(static_cast<char16_t>(members.lastOther - members.firstOther));
+    while (last - first >= kLanes &&
+           !has_hit(reinterpret_cast<Units>(load_lanes(first) - firstOther > span))) {
+        first += kLanes;
     }
-    std::transform(first, last, first, std::ref(fold));
+    return first;
 }
 
-char16_t* remove_members(char16_t* first, char16_t* last, UnitMap isMember) {
-    Answers answers(isMember);
+char16_t* remove_members(char16_t* first, char16_t* last, Members members) {
+    const bool skips = last - first >= kLongText && has_no_other(members);
+    Answers isMember(members.isMember);
     char16_t* end = first;
-    for (; first != last; ++first) {
-        const char16_t unit = *first;
-        *end = unit;
-        end += answers(unit) == 0;
+    while (first != last) {
+        if (skips) {
+            const std::ptrdiff_t length = skip_others(first, last, members) - first;
+            std::memmove(end, first, static_cast<std::size_t>(length) * sizeof(char16_t));
+            end += length;
+            first += length;
+        }
+        const char16_t* const stop = first + std::min(kLanes, last - first);
+        // Nothing is stored in its own place: that costs the processor more than the question.
+        for (; first != stop && end == first; ++first) {
+            end += isMember(*first) == 0;
+        }
+        for (; first != stop; ++first) {
+            const char16_t unit = *first;
+            *end = unit;
+            end += isMember(unit) == 0;
+        }
     }
     return end;
 }
@@ -142,11 +209,10 @@ class FoldedSearch {
 public:
     FoldedSearch(const char16_t* first, const char16_t* last, const char16_t* upper,
                  std::ptrdiff_t count)
-        : at_(first), last_(last), upper_(upper), count_(count), fold_(towupper) {}
+        : at_(first), last_(last), upper_(upper), count_(count), fold_(Folder::Upper()) {}
 
     const char16_t* Run() {
-        const bool isUsual = last_ - at_ >= kLongText && is_usual_for_ascii(kUpper);
-        const char16_t firstUnknown = isUsual ? kFirstNonAscii : u'\0';
+        const char16_t firstUnknown = fold_.IsUsualForAscii() ? kFirstNonAscii : u'\0';
         const Anchor head(upper_[0], firstUnknown);
         const Anchor tail(upper_[count_ - 1], firstUnknown);
         for (; patience_ >= 0 && last_ - at_ >= count_ + kLanes - 1; at_ += kLanes) {
@@ -193,7 +259,7 @@ private:
     std::ptrdiff_t count_;
     // Units that candidates may still fold in vain before the candidates are given up.
     std::ptrdiff_t patience_ = 1024;
-    Answers fold_;
+    Folder fold_;
 };
 
 // Lanes of ones where the units are equal, or the two cases of one letter.
@@ -206,8 +272,7 @@ Units alike_lanes(Units left, Units right, Units caseBit) {
 
 class FoldedComparison {
 public:
-    FoldedComparison(const char16_t* left, const char16_t* right)
-        : left_(left), right_(right), fold_(towlower) {}
+    FoldedComparison(const char16_t* left, const char16_t* right) : left_(left), right_(right) {}
 
     int Run() {
         while (!Decides()) {
@@ -219,7 +284,7 @@ public:
 
 private:
     bool Decides() {
-        if (is_in_one_page(left_, kVectorBytes) && is_in_one_page(right_, kVectorBytes)) {
+        if (is_in_one_page(left_) && is_in_one_page(right_)) {
             return VectorDecides();
         }
         std::ptrdiff_t i = 0;
@@ -230,16 +295,12 @@ private:
     }
 
     bool VectorDecides() {
-        std::uint64_t open = OpenLanes();
-        if (open != 0 && !isUsualKnown_) {
-            isUsualKnown_ = true;
-            caseBit_ = splat_lanes(is_usual_for_ascii(kLower) ? kCaseBit : u'\0');
-            open = OpenLanes();
-        }
-        for (; open != 0; open = without_first_hit<char16_t>(open)) {
+        for (std::uint64_t open = OpenLanes(); open != 0;) {
+            const bool hadFold = fold_.has_value();
             if (UnitDecides(first_hit<char16_t>(open))) {
                 return true;
             }
+            open = hadFold ? without_first_hit<char16_t>(open) : OpenLanes();
         }
         return false;
     }
@@ -251,16 +312,23 @@ private:
     }
 
     bool UnitDecides(std::ptrdiff_t i) {
-        result_ = fold_(left_[i]) - fold_(right_[i]);
+        if (left_[i] == right_[i]) {
+            return left_[i] == 0;
+        }
+        if (!fold_) {
+            fold_.emplace(Folder::Lower());
+            caseBit_ = splat_lanes(fold_->IsUsualForAscii() ? kCaseBit : u'\0');
+        }
+        result_ = (*fold_)(left_[i]) - (*fold_)(right_[i]);
         return result_ != 0 || left_[i] == 0 || right_[i] == 0;
     }
 
     const char16_t* left_;
     const char16_t* right_;
-    Units caseBit_{};
-    bool isUsualKnown_ = false;
     int result_ = 0;
-    Answers fold_;
+    // The case does not count before a difference has shown that it has to be asked for.
+    std::optional<Folder> fold_;
+    Units caseBit_{};
 };
 
 }  // namespace
@@ -292,22 +360,15 @@ bool iswdigit(char16_t unit) noexcept {
 }
 
 int _wcsicmp(const char16_t* left, const char16_t* right) noexcept {
-    // Most comparisons end here, before anything that is made for long texts can pay.
-    for (std::ptrdiff_t i = 0; i < kLanes; ++i) {
-        const int difference = left[i] == right[i] ? 0 : towlower(left[i]) - towlower(right[i]);
-        if (difference != 0 || left[i] == 0 || right[i] == 0) {
-            return difference;
-        }
-    }
-    return FoldedComparison(left + kLanes, right + kLanes).Run();
+    return FoldedComparison(left, right).Run();
 }
 
 void _wcsupr(char16_t* text) noexcept {
-    fold_units(text, text + wcslen(text), kUpper);
+    fold_units(text, text + wcslen(text), Folder::Upper());
 }
 
 void _wcslwr(char16_t* text) noexcept {
-    fold_units(text, text + wcslen(text), kLower);
+    fold_units(text, text + wcslen(text), Folder::Lower());
 }
 
 const char16_t* find_folded(const char16_t* first, const char16_t* last, const char16_t* upper,
@@ -322,15 +383,15 @@ const char16_t* find_folded(const char16_t* first, const char16_t* last, const c
 }
 
 char16_t* remove_space(char16_t* first, char16_t* last) noexcept {
-    return remove_members(first, last, space_map);
+    return remove_members(first, last, kSpace);
 }
 
 char16_t* remove_punctuation(char16_t* first, char16_t* last) noexcept {
-    return remove_members(first, last, punctuation_map);
+    return remove_members(first, last, kPunctuation);
 }
 
 char16_t* remove_control(char16_t* first, char16_t* last) noexcept {
-    return remove_members(first, last, control_map);
+    return remove_members(first, last, kControl);
 }
 
 }  // namespace platform

@@ -5,43 +5,24 @@
 
 #include "page_loads.h"
 #include "scan.h"
+#include "wide_blocks.h"
 
 namespace platform {
 namespace {
 
 using Units = Lanes<char16_t>::Vector;
 constexpr std::ptrdiff_t kLanes = Lanes<char16_t>::kCount;
-constexpr std::ptrdiff_t kUnrolled = 4;
-constexpr std::uintptr_t kUnrolledBytes = kUnrolled * kVectorBytes;
-
-inline Units zero_lanes(Units units) {
-    return reinterpret_cast<Units>(units == 0);
-}
 
 inline Units load_zero_lanes(const char16_t* p) {
     return zero_lanes(load_in_page(p));
 }
 
-// All-zero lanes where the units differ or are both NUL, else the unit.
-inline Units load_common(const char16_t* left, const char16_t* right) {
-    const Units units = load_in_page(left);
-    return reinterpret_cast<Units>(units == load_in_page(right)) & units;
-}
-
-bool are_equal_unrolled(const char16_t* left, const char16_t* right) {
-    Units ends{};
-    for (std::ptrdiff_t i = 0; i < kUnrolled; ++i) {
-        ends |= zero_lanes(load_common(left + i * kLanes, right + i * kLanes));
-    }
-    return !has_hit(ends);
-}
-
-// Goes over one vector's worth of units at most; true if it met a difference or the end, at `at`.
-bool ends_in_vector(const char16_t* left, const char16_t* right, std::ptrdiff_t& at) {
-    if (is_in_one_page(left + at, kVectorBytes) && is_in_one_page(right + at, kVectorBytes)) {
-        const std::uint64_t ends = hit_bits(zero_lanes(load_common(left + at, right + at)));
-        at += ends != 0 ? first_hit<char16_t>(ends) : kLanes;
-        return ends != 0;
+// Goes on by a vector's worth of units at most; true if it met a difference or the end, at `at`.
+bool ends_in_step(const char16_t* left, const char16_t* right, std::ptrdiff_t& at) {
+    if (is_in_one_page(left + at) && is_in_one_page(right + at)) {
+        const std::ptrdiff_t end = end_in_vector(left + at, right + at);
+        at += end;
+        return end != kLanes;
     }
     for (const std::ptrdiff_t stop = at + kLanes; at < stop; ++at) {
         if (left[at] != right[at] || left[at] == 0) {
@@ -49,6 +30,23 @@ bool ends_in_vector(const char16_t* left, const char16_t* right, std::ptrdiff_t&
         }
     }
     return false;
+}
+
+// From here to the nearer end of the two pages.
+std::ptrdiff_t units_in_pages(const char16_t* left, const char16_t* right) {
+    return static_cast<std::ptrdiff_t>(std::min(bytes_in_page(left), bytes_in_page(right)) /
+                                       sizeof(char16_t));
+}
+
+// The same by as many blocks as the pages hold. In front of the end of a page, a block begins among
+// the units that are known to be equal, of which there is a block.
+bool ends_in_pages(const char16_t* left, const char16_t* right, std::ptrdiff_t& at) {
+    const std::ptrdiff_t units = units_in_pages(left + at, right + at);
+    at -= std::max<std::ptrdiff_t>(kBlockUnits - units, 0);
+    const std::ptrdiff_t blocks = std::max<std::ptrdiff_t>(units / kBlockUnits, 1);
+    const std::ptrdiff_t end = end_in_blocks(left + at, right + at, blocks);
+    at += end;
+    return end != blocks * kBlockUnits;
 }
 
 // Sets this small are looked for a vector of the text at a time.
@@ -80,29 +78,33 @@ const char16_t* find_member_of_large(const char16_t* first, const char16_t* last
     return found != last ? found : nullptr;
 }
 
+// In three steps that are one instruction each on every baseline; of a single step some compilers
+// make one instruction a lane.
 inline Units reversed(Units units) {
-    return __builtin_shufflevector(units, units, 7, 6, 5, 4, 3, 2, 1, 0);
+    const Units low = __builtin_shufflevector(units, units, 3, 2, 1, 0, 4, 5, 6, 7);
+    const Units both = __builtin_shufflevector(low, low, 0, 1, 2, 3, 7, 6, 5, 4);
+    return __builtin_shufflevector(both, both, 4, 5, 6, 7, 0, 1, 2, 3);
 }
 
 }  // namespace
 
 std::size_t wcslen(const char16_t* text) noexcept {
+    constexpr std::uintptr_t kStepBytes = 4 * kVectorBytes;
     const std::uintptr_t offset = address_of(text) % kVectorBytes;
-    const auto* block = reinterpret_cast<const char16_t*>(address_of(text) - offset);
+    const auto* p = reinterpret_cast<const char16_t*>(address_of(text) - offset);
     const auto skipped = static_cast<std::ptrdiff_t>(offset / sizeof(char16_t));
-    std::uint64_t ends = hit_bits(load_zero_lanes(block) & lanes_from<char16_t>(skipped));
+    std::uint64_t ends = hit_bits(load_zero_lanes(p) & lanes_from<char16_t>(skipped));
     while (ends == 0) {
-        block += kLanes;
-        if (address_of(block) % kUnrolledBytes == 0) {
-            while (!has_hit(load_zero_lanes(block) | load_zero_lanes(block + kLanes) |
-                            load_zero_lanes(block + 2 * kLanes) |
-                            load_zero_lanes(block + 3 * kLanes))) {
-                block += kUnrolled * kLanes;
+        p += kLanes;
+        if (address_of(p) % kStepBytes == 0) {
+            while (!has_hit(load_zero_lanes(p) | load_zero_lanes(p + kLanes) |
+                            load_zero_lanes(p + 2 * kLanes) | load_zero_lanes(p + 3 * kLanes))) {
+                p += 4 * kLanes;
             }
         }
-        ends = hit_bits(load_zero_lanes(block));
+        ends = hit_bits(load_zero_lanes(p));
     }
-    return static_cast<std::size_t>(block - text + first_hit<char16_t>(ends));
+    return static_cast<std::size_t>(p - text + first_hit<char16_t>(ends));
 }
 
 const char16_t* wcschr(const char16_t* first, const char16_t* last, char16_t unit) noexcept {
@@ -127,12 +129,12 @@ const char16_t* wcspbrk(const char16_t* first, const char16_t* last, const char1
 
 int wcscmp(const char16_t* left, const char16_t* right) noexcept {
     std::ptrdiff_t at = 0;
-    while (!ends_in_vector(left, right, at)) {
-        while (is_in_one_page(left + at, kUnrolledBytes) &&
-               is_in_one_page(right + at, kUnrolledBytes) &&
-               are_equal_unrolled(left + at, right + at)) {
-            at += kUnrolled * kLanes;
+    do {
+        if (ends_in_step(left, right, at)) {
+            return left[at] - right[at];
         }
+    } while (at < kBlockUnits && units_in_pages(left + at, right + at) < kBlockUnits);
+    while (!ends_in_pages(left, right, at)) {
     }
     return left[at] - right[at];
 }

@@ -11,6 +11,7 @@
 #include "guarded.h"
 #include "locales.h"
 #include "two_way.h"
+#include "wide_blocks.h"
 
 namespace {
 
@@ -71,9 +72,9 @@ TEST(WideText, IsComparedAtEveryAlignment) {
     GuardedPages<char16_t> leftPages;
     GuardedPages<char16_t> rightPages;
     const LocaleScope scope("en_US.UTF-8");
-    for (std::size_t length = 0; length < 90; ++length) {
+    for (std::size_t length = 0; length < 300; length += 1 + length / 80) {
         const std::u16string text(length, u'\u8041');
-        for (std::size_t before = 0; before < 90; before += 7) {
+        for (std::size_t before = 0; before < 200; before += 1 + before / 10) {
             for (const std::size_t place : {length, length / 2, length - length / 8}) {
                 for (const char16_t unit : {u'\0', u'B', u'\uFFFF'}) {
                     std::u16string other = text + u'\0';
@@ -95,13 +96,28 @@ TEST(WideText, IsComparedAtEveryAlignment) {
     EXPECT_EQ(platform::wcsncmp(u"a", u"a", 9), 0);
 }
 
+TEST(WideText, IsComparedInBlocksAlikeOnEveryProcessor) {
+    std::mt19937 random(4);
+    for (int i = 0; i < 8000; ++i) {
+        std::u16string left = RandomText(random, 3 * platform::kBlockUnits, u"\x8000\x100");
+        std::u16string right = left;
+        const std::size_t place = random() % left.size();
+        right[place] = static_cast<char16_t>(random() % 2);
+        left[i % 2 == 0 ? place : random() % left.size()] = right[place];
+        const auto differs = std::mismatch(left.begin(), left.end(), right.begin()).first;
+        const auto end = std::find(left.begin(), differs, u'\0') - left.begin();
+        ASSERT_EQ(platform::end_in_blocks(left.data(), right.data(), 3), end);
+        ASSERT_EQ(platform::end_in_blocks_by_lanes(left.data(), right.data(), 3), end);
+    }
+}
+
 TEST(WideText, IsComparedWithoutCaseByTheLocale) {
     std::mt19937 random(1);
     GuardedPages<char16_t> leftPages;
     GuardedPages<char16_t> rightPages;
     for (const char* const locale : kLocales) {
         const LocaleScope scope(locale);
-        for (int i = 0; i < 20000; ++i) {
+        for (int i = 0; i < 8000; ++i) {
             const std::u16string left = RandomText(random, random() % 60, kLetters);
             std::u16string right = Folded(left, i % 2 == 0 ? SlowUpper : SlowLower);
             if (i % 3 == 0 && !right.empty()) {
@@ -205,7 +221,7 @@ TEST(WideText, IsSearchedToTheEndOfTheRangeOnly) {
 TEST(WideText, IsSearchedForTheMembersOfASet) {
     GuardedPages<char16_t> pages;
     std::mt19937 random(2);
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < 8000; ++i) {
         std::u16string set;
         for (std::size_t size = random() % 25; size > 0; --size) {
             set += static_cast<char16_t>(0x100 + random() % 200);
@@ -236,7 +252,7 @@ TEST(WideText, IsSearchedWithoutCaseByTheLocale) {
     GuardedPages<char16_t> pages;
     for (const char* const locale : kLocales) {
         const LocaleScope scope(locale);
-        for (int i = 0; i < 30000; ++i) {
+        for (int i = 0; i < 10000; ++i) {
             // Few letters, so that near hits are common; all from ASCII in every other text.
             const std::size_t letters = 1 + random() % (i % 2 == 0 ? 6 : kLetters.size());
             std::u16string_view alphabet(kLetters);
@@ -289,7 +305,7 @@ TEST(TwoWay, FindsWhatIsThereInAllShortTexts) {
     for (std::size_t count = 1; count <= 8; ++count) {
         for (unsigned patternBits = 0; patternBits < 1U << count; ++patternBits) {
             const std::u16string pattern = BinaryText(patternBits, count);
-            for (unsigned bits = 0; bits < 1U << 13; bits += 3) {
+            for (unsigned bits = 0; bits < 1U << 13; bits += 11) {
                 const std::u16string text = BinaryText(bits, 13);
                 const std::size_t found =
                     platform::find_two_way(pattern.data(), count, text.size(),

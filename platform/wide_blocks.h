@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+
+/// The inner loop of comparing two terminated 16-bit texts.
+namespace platform {
+
+inline constexpr std::ptrdiff_t kBlockUnits = 64;
+
+/// Index of the first unit that differs or ends both texts, or all units of the blocks if there is
+/// none. Looks at any unit of the blocks, also behind the end.
+std::ptrdiff_t end_in_blocks(const char16_t* left, const char16_t* right,
+                             std::ptrdiff_t blocks) noexcept;
+
+/// The same on every processor; the former takes the best way that this one has.
+std::ptrdiff_t end_in_blocks_by_lanes(const char16_t* left, const char16_t* right,
+                                      std::ptrdiff_t blocks) noexcept;
+
+}  // namespace platform
