@@ -147,12 +147,11 @@ bool Reader::HasRightFields(const Kelm& row) {
         m_table.fields = m_table.required = fields;
     }
     if (fields > m_table.fields) {
-        Problem(
-            Kelm::FromFormat("%d fields where %d are expected: left out", fields, m_table.fields));
+        Problem(Kelm::FromFormat("has %d fields instead of %d: left out", fields, m_table.fields));
         return false;
     }
     if (fields < m_table.required) {
-        Problem(Kelm::FromFormat("%d fields where %d are expected: the others are empty", fields,
+        Problem(Kelm::FromFormat("has %d of %d fields: the others are empty", fields,
                                  m_table.required));
     }
     return true;

@@ -45,6 +45,6 @@ void Report::Finish() {
     ClearProgress();
     const int hidden = std::max(0, m_rowProblems - m_mostRowProblems);
     if (hidden > 0) {
-        Show(Kelm::FromFormat("table: %d more problems of rows; --problems N shows N", hidden));
+        Show(Kelm::FromFormat("table: more problems of rows: %d; --problems N shows N", hidden));
     }
 }

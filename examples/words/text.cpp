@@ -42,19 +42,17 @@ bool ReadFile(const Kelm& path, Kelm& bytes) {
 
 /// Says what does not decode. False if that is so much that the file is no text in this code page.
 bool IsText(const Source& source, const WString& wide) {
-    const Kelm page = CodePageName(source.codePage);
-    if (wide.Count(u'\0') > 0) {
-        Complain(Kelm::FromFormat("%s is not a text in code page %s: it holds NUL",
-                                  source.path.constBuffer(), page.constBuffer()));
-        return false;
-    }
     const int broken = wide.Count(u'\uFFFD');
-    if (broken > 0) {
-        Complain(Kelm::FromFormat("%s: code page %s does not define %d of %d characters",
-                                  source.path.constBuffer(), page.constBuffer(), broken,
-                                  wide.GetLength()));
+    const int nuls = wide.Count(u'\0');
+    if (broken == 0 && nuls == 0) {
+        return true;
     }
-    return broken <= wide.GetLength() / 8;
+    const bool isText = nuls == 0 && broken <= wide.GetLength() / 8;
+    Complain(Kelm::FromFormat(
+        "%s: %scode page %s does not define %d of %d characters%s", source.path.constBuffer(),
+        isText ? "" : "not a text: ", CodePageName(source.codePage).constBuffer(), broken,
+        wide.GetLength(), nuls > 0 ? ", and some are NUL" : ""));
+    return isText;
 }
 
 bool IsLetter(char16_t unit) {

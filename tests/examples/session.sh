@@ -11,7 +11,7 @@ session=$(cd "$(dirname "$2")" && pwd)/${2##*/}
 cd "$(dirname "$0")/../.."
 
 run() {
-    (eval "$1") 2>&1
+    (eval "$1") </dev/null 2>&1
     local status=$?
     ((status == 0)) || echo "[status $status]"
 }
