@@ -77,6 +77,25 @@ inline bool is_ascii_step(const char16_t* p) noexcept {
     return hit_bits((load_lanes(p) | load_lanes(p + 8)) > 0x7F) == 0;
 }
 
+/// How many of the next eight bytes stand in front of the first that is not ASCII.
+inline std::size_t ascii_of_eight(const char* p) noexcept {
+    std::uint64_t bytes;
+    std::memcpy(&bytes, p, sizeof bytes);
+    const std::uint64_t others = bytes & 0x8080808080808080;
+    return others == 0 ? sizeof bytes : static_cast<std::size_t>(std::countr_zero(others)) / 8;
+}
+
+/// Eight bytes as units, of which the caller takes what it needs.
+inline void widen_eight(const char* source, char16_t* destination) noexcept {
+    unsigned char bytes[8];
+    std::uint16_t units[8];
+    std::memcpy(bytes, source, sizeof bytes);
+    for (std::size_t i = 0; i < 8; ++i) {
+        units[i] = bytes[i];
+    }
+    std::memcpy(destination, units, sizeof units);
+}
+
 /// How many bytes or units in front are ASCII.
 template <class Unit>
 inline std::size_t ascii_run(const Unit* p, std::size_t count) noexcept {

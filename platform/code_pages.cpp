@@ -331,7 +331,7 @@ constinit std::atomic<const Codeset*> lastCodeset;
 }  // namespace
 
 const CodePage* find_code_page(unsigned int number) noexcept {
-    return row_of(number);
+    return number == kUtf8->number ? kUtf8 : row_of(number);
 }
 
 const CodePage* process_code_page() noexcept {

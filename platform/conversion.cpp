@@ -93,7 +93,7 @@ int Decoding::Write(char16_t* destination) const noexcept {
     } else if (const DecodeTable* table = decode_table(*page_); table->isStreamed) {
         return to_size(stream_decode(page_->converter, source_, count, destination));
     } else {
-        table_decode(*table, source_, count, destination);
+        table_decode(*table, source_, count, destination, static_cast<std::size_t>(size_));
     }
     return size_;
 }

@@ -1,7 +1,9 @@
 #include "decode_table.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <memory>
 
 #include "ascii_runs.h"
@@ -38,7 +40,13 @@ public:
         if (outcome == Outcome::Good && page_.number == gb18030::kNumber) {
             outcome = AddFours();
         }
-        return outcome == Outcome::Good ? AddBadLeads() : outcome;
+        if (outcome == Outcome::Good) {
+            outcome = AddBadLeads();
+        }
+        if (outcome == Outcome::Good) {
+            Describe();
+        }
+        return outcome;
     }
 
 private:
@@ -151,22 +159,26 @@ private:
         return outcome;
     }
 
+    void Describe() {
+        const char16_t* root = table_.rows[0];
+        table_.isAscii = true;
+        table_.isSingle = true;
+        for (std::size_t byte = 0; byte < 256; ++byte) {
+            table_.isAscii &= byte >= 0x80 || root[byte] == byte;
+            table_.isSingle &= !is_surrogate(root[byte]);
+        }
+        const char16_t* rest = table_.rows[1];
+        table_.isDouble = !table_.isSingle &&
+                          std::none_of(rest, rest + (rowCount_ - 1) * std::size(table_.rows[0]),
+                                       [](char16_t entry) { return is_surrogate(entry); });
+    }
+
     const CodePage& page_;
     Converter& converter_;
     DecodeTable& table_;
     std::size_t rowCount_ = 0;
     char bytes_[kMaxSequence] = {};
 };
-
-void describe(DecodeTable& table) {
-    const char16_t* root = table.rows[0];
-    table.isAscii = true;
-    table.isSingle = true;
-    for (std::size_t byte = 0; byte < 256; ++byte) {
-        table.isAscii &= byte >= 0x80 || root[byte] == byte;
-        table.isSingle &= !is_surrogate(root[byte]);
-    }
-}
 
 OwnedTable build(const CodePage& page) {
     const ErrnoKeeper keeper;
@@ -185,7 +197,6 @@ OwnedTable build(const CodePage& page) {
             table->isStreamed = true;
             break;
         case Outcome::Good:
-            describe(*table);
             break;
     }
     return table;
@@ -217,7 +228,7 @@ Step read_four(const DecodeTable& table, const char* p, const char* last) {
 
 /// The character behind a lead byte whose entry is `entry`. What is undefined takes no ASCII byte
 /// along.
-Step read_sequence(const DecodeTable& table, const char* p, const char* last, char16_t entry) {
+Step read_any_sequence(const DecodeTable& table, const char* p, const char* last, char16_t entry) {
     const auto available = static_cast<std::size_t>(last - p);
     for (std::size_t i = 1; i < available; ++i) {
         entry = table.rows[entry - DecodeTable::kNextRow][static_cast<unsigned char>(p[i])];
@@ -235,11 +246,6 @@ Step read_sequence(const DecodeTable& table, const char* p, const char* last, ch
         }
     }
     return {DecodeTable::kUndefined, available};
-}
-
-Step read_step(const DecodeTable& table, const char* p, const char* last) {
-    const char16_t entry = table.rows[0][static_cast<unsigned char>(*p)];
-    return is_surrogate(entry) ? read_sequence(table, p, last, entry) : Step{entry, 1};
 }
 
 void decode_single(const DecodeTable& table, const char* source, std::size_t length,
@@ -260,12 +266,25 @@ void decode_single(const DecodeTable& table, const char* source, std::size_t len
     }
 }
 
-/// ASCII at `p` that is worth the steps of sixteen; 0 where it is not.
-std::size_t long_ascii_run(const DecodeTable& table, const char* p, const char* last) {
-    if (!table.isAscii || last - p < static_cast<std::ptrdiff_t>(kAsciiStep) || !is_ascii_step(p)) {
-        return 0;
+/// The same, quick for a sequence of two bytes.
+inline Step read_sequence(const DecodeTable& table, const char* p, const char* last,
+                          char16_t entry) {
+    if (last - p >= 2) {
+        const char16_t unit =
+            table.rows[entry - DecodeTable::kNextRow][static_cast<unsigned char>(p[1])];
+        if (!is_surrogate(unit) && unit != DecodeTable::kUndefined) {
+            return {unit, 2};
+        }
     }
-    return ascii_run(p, static_cast<std::size_t>(last - p));
+    return read_any_sequence(table, p, last, entry);
+}
+
+constexpr std::ptrdiff_t kEight = 8;
+
+/// ASCII from `p` on, where there may be much of it: cheap to ask where there is not.
+std::size_t ascii_from(const char* p, const char* last) {
+    const std::size_t count = ascii_of_eight(p);
+    return count < kEight ? count : ascii_run(p, static_cast<std::size_t>(last - p));
 }
 
 }  // namespace
@@ -295,34 +314,50 @@ std::size_t table_decoded_size(const DecodeTable& table, const char* source,
     const char* const last = source + length;
     std::size_t units = 0;
     for (const char* p = source; p != last;) {
-        if (const std::size_t run = is_ascii(*p) ? long_ascii_run(table, p, last) : 0) {
-            units += run;
-            p += run;
-            continue;
+        const char16_t entry = table.rows[0][static_cast<unsigned char>(*p)];
+        if (table.isAscii && is_ascii(*p) && last - p >= kEight) {
+            const std::size_t ascii = ascii_from(p, last);
+            units += ascii;
+            p += ascii;
+        } else if (!is_surrogate(entry)) {
+            ++units;
+            ++p;
+        } else if (table.isDouble && last - p >= 2 && !is_ascii(p[1])) {
+            ++units;  // a character or U+FFFD
+            p += 2;
+        } else {
+            const Step step = read_sequence(table, p, last, entry);
+            units += utf16_units(step.code);
+            p += step.bytes;
         }
-        const Step step = read_step(table, p, last);
-        units += utf16_units(step.code);
-        p += step.bytes;
     }
     return units;
 }
 
 void table_decode(const DecodeTable& table, const char* source, std::size_t length,
-                  char16_t* destination) noexcept {
+                  char16_t* destination, std::size_t size) noexcept {
     if (table.isSingle) {
         decode_single(table, source, length, destination);
         return;
     }
     const char* const last = source + length;
+    const char16_t* const limit = destination + size;
     char16_t* out = destination;
     for (const char* p = source; p != last;) {
-        if (const std::size_t run = is_ascii(*p) ? long_ascii_run(table, p, last) : 0) {
-            widen(p, run, out);
-            out += run;
-            p += run;
+        const char16_t entry = table.rows[0][static_cast<unsigned char>(*p)];
+        if (table.isAscii && is_ascii(*p) && last - p >= kEight && limit - out >= kEight) {
+            const std::size_t ascii = ascii_from(p, last);
+            ascii < kEight ? widen_eight(p, out) : widen(p, ascii, out);
+            out += ascii;
+            p += ascii;
             continue;
         }
-        const Step step = read_step(table, p, last);
+        if (!is_surrogate(entry)) {
+            *out++ = entry;
+            ++p;
+            continue;
+        }
+        const Step step = read_sequence(table, p, last, entry);
         out = put_utf16(step.code, out);
         p += step.bytes;
     }

@@ -23,6 +23,7 @@ struct DecodeTable {
     bool isStreamed;  ///< does not fit the form of a table: the converter does every text
     bool isAscii;     ///< bytes below 0x80 are ASCII
     bool isSingle;    ///< every byte is a unit
+    bool isDouble;    ///< no sequence is longer than two bytes, nor more than a unit
     Row* rows;
     char16_t* fours;  ///< by linear index, 0 where undefined; null unless the page is GB18030
     std::size_t astralCount;
@@ -36,6 +37,6 @@ const DecodeTable* decode_table(const CodePage& page) noexcept;
 std::size_t table_decoded_size(const DecodeTable& table, const char* source,
                                std::size_t length) noexcept;
 void table_decode(const DecodeTable& table, const char* source, std::size_t length,
-                  char16_t* destination) noexcept;
+                  char16_t* destination, std::size_t size) noexcept;
 
 }  // namespace platform

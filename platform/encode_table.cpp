@@ -79,13 +79,24 @@ std::uint32_t entry_of(const EncodeTable& table, char16_t unit) {
     return table.entries[table.block[unit >> 8] * EncodeTable::kBlock + (unit & 0xFF)];
 }
 
+std::size_t entry_bytes(std::uint32_t entry) {
+    return (static_cast<std::size_t>(std::bit_width(entry | 1)) + 7) / 8;
+}
+
+std::size_t extra_bytes(const EncodeTable& table, char16_t unit) {
+    return table.extra[unit / 32] >> 2 * (unit % 32) & 3;
+}
+
 void describe(EncodeTable& table) {
     table.isAscii = true;
-    for (char16_t unit = 0; unit < 0x80; ++unit) {
-        table.isAscii &= entry_of(table, unit) == unit;
+    table.isSingle = !table.hasFours;
+    for (unsigned int value = 0; value <= 0xFFFF; ++value) {
+        const auto unit = static_cast<char16_t>(value);
+        const std::uint32_t entry = entry_of(table, unit);
+        table.isAscii &= unit >= 0x80 || entry == unit;
+        table.isSingle &= entry <= 0xFF;
+        table.extra[unit / 32] |= std::uint64_t{entry_bytes(entry) - 1} << 2 * (unit % 32);
     }
-    std::uint32_t* end = table.entries + table.blockCount * EncodeTable::kBlock;
-    table.isSingle = !table.hasFours && *std::max_element(table.entries, end) <= 0xFF;
 }
 
 OwnedTable build(const CodePage& page) {
@@ -140,15 +151,19 @@ Step read_step(const EncodeTable& table, const char16_t* p, const char16_t* last
     return code < 0x10000 ? Step{table.replacement, 1} : Step{entry_above_bmp(table, code), 2};
 }
 
-std::size_t entry_bytes(std::uint32_t entry) {
-    return 1u + (entry > 0xFF) + (entry > 0xFFFF) + (entry > 0xFFFFFF);
-}
-
 char* put_entry(std::uint32_t entry, char* out, const char* limit) {
     const std::size_t bytes = entry_bytes(entry);
-    const bool hasRoom = limit - out >= static_cast<std::ptrdiff_t>(sizeof entry);
-    std::memcpy(out, &entry, hasRoom ? sizeof entry : bytes);
+    if (limit - out >= static_cast<std::ptrdiff_t>(sizeof entry)) {
+        std::memcpy(out, &entry, sizeof entry);
+    } else {
+        std::memcpy(out, &entry, bytes);
+    }
     return out + bytes;
+}
+
+bool has_surrogate_in_step(const char16_t* p) {
+    const auto kind = [](auto units) { return (units & 0xF800) == 0xD800; };
+    return hit_bits(kind(load_lanes(p)) | kind(load_lanes(p + kAsciiStep / 2))) != 0;
 }
 
 /// Without a surrogate pair, so that every unit is a byte.
@@ -167,14 +182,6 @@ void encode_single(const EncodeTable& table, const char16_t* source, std::size_t
     for (; i < length; ++i) {
         destination[i] = static_cast<char>(entry_of(table, source[i]));
     }
-}
-
-/// ASCII at `p` that is worth the steps of sixteen; 0 where it is not.
-std::size_t long_ascii_run(const EncodeTable& table, const char16_t* p, const char16_t* last) {
-    if (!table.isAscii || last - p < static_cast<std::ptrdiff_t>(kAsciiStep) || !is_ascii_step(p)) {
-        return 0;
-    }
-    return ascii_run(p, static_cast<std::size_t>(last - p));
 }
 
 }  // namespace
@@ -198,20 +205,26 @@ const EncodeTable* encode_table(const CodePage& page) noexcept {
 
 std::size_t table_encoded_size(const EncodeTable& table, const char16_t* source,
                                std::size_t length) noexcept {
-    if (table.isSingle) {
-        return length - count_surrogate_pairs(source, length);
-    }
     const char16_t* const last = source + length;
+    const std::size_t pairs = count_surrogate_pairs(source, length);
+    if (table.isSingle) {
+        return length - pairs;
+    }
     std::size_t size = 0;
-    for (const char16_t* p = source; p != last;) {
-        if (const std::size_t run = is_ascii(*p) ? long_ascii_run(table, p, last) : 0) {
-            size += run;
-            p += run;
-            continue;
+    if (pairs != 0) {
+        for (const char16_t* p = source; p != last;) {
+            const Step step = read_step(table, p, last);
+            size += entry_bytes(step.entry);
+            p += step.units;
         }
-        const Step step = read_step(table, p, last);
-        size += entry_bytes(step.entry);
-        p += step.units;
+        return size;
+    }
+    const char16_t* p = source;
+    if (table.isAscii) {
+        p += ascii_run(source, length);
+    }
+    for (size = length; p != last; ++p) {
+        size += extra_bytes(table, *p);
     }
     return size;
 }
@@ -222,19 +235,26 @@ void table_encode(const EncodeTable& table, const char16_t* source, std::size_t 
         encode_single(table, source, length, destination);
         return;
     }
+    constexpr std::ptrdiff_t kStep = kAsciiStep;
+    constexpr std::ptrdiff_t kStepRoom = kStep * EncodeTable::kMaxBytes;
     const char16_t* const last = source + length;
     const char* const limit = destination + size;
     char* out = destination;
     for (const char16_t* p = source; p != last;) {
-        if (const std::size_t run = is_ascii(*p) ? long_ascii_run(table, p, last) : 0) {
-            narrow(p, run, out);
-            out += run;
-            p += run;
-            continue;
+        if (last - p < kStep || limit - out < kStepRoom || has_surrogate_in_step(p)) {
+            const Step step = read_step(table, p, last);
+            out = put_entry(step.entry, out, limit);
+            p += step.units;
+        } else if (table.isAscii && is_ascii_step(p)) {
+            narrow_step(p, out);
+            out += kStep;
+            p += kStep;
+        } else {
+            for (std::ptrdiff_t i = 0; i < kStep; ++i) {
+                out = put_entry(entry_of(table, p[i]), out, limit);
+            }
+            p += kStep;
         }
-        const Step step = read_step(table, p, last);
-        out = put_entry(step.entry, out, limit);
-        p += step.units;
     }
 }
 

@@ -22,7 +22,8 @@ struct EncodeTable {
     std::uint32_t replacement;
     std::uint16_t block[256];  ///< by the high byte of the unit
     std::size_t blockCount;
-    std::uint32_t* entries;  ///< blocks by the low byte; block 0 is all replacements
+    std::uint32_t* entries;           ///< blocks by the low byte; block 0 is all replacements
+    std::uint64_t extra[65536 / 32];  ///< two bits a unit: bytes above one of what stands for it
     const DecodeTable* decode;
     std::uint32_t astral[16];  ///< bytes of `decode->astral`
 };

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <bit>
 
 #include "ascii_runs.h"
@@ -19,24 +20,17 @@ struct Step {
     bool isWellFormed;
 };
 
-constexpr std::size_t sequence_length(unsigned char lead) {
-    return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-}
-
 char32_t continuation_bits(char byte) {
     return static_cast<unsigned char>(byte) & 0x3F;
 }
 
-/// The character at `p`, or the longest part of one that stands there.
-Step read_step(const char* p, const char* last) {
+/// The character of three or four bytes at `p`, or the longest part of one that stands there.
+Step read_long_step(const char* p, const char* last) {
     const auto lead = static_cast<unsigned char>(*p);
-    if (lead < 0x80) {
-        return {lead, 1, true};
-    }
     if (last - p < 2 || !is_utf8_start(lead, static_cast<unsigned char>(p[1]))) {
         return {kReplacement, 1, false};
     }
-    const std::size_t length = sequence_length(lead);
+    const std::size_t length = lead < 0xF0 ? 3 : 4;
     const auto available = static_cast<std::size_t>(last - p);
     char32_t code = lead & (0x7Fu >> length);
     for (std::size_t i = 1; i < length; ++i) {
@@ -48,11 +42,24 @@ Step read_step(const char* p, const char* last) {
     return {code, length, true};
 }
 
+/// The same for any character.
+Step read_step(const char* p, const char* last) {
+    const auto lead = static_cast<unsigned char>(*p);
+    if (lead < 0x80) {
+        return {lead, 1, true};
+    }
+    if (lead >= 0xE0) {
+        return read_long_step(p, last);
+    }
+    const bool isTwo = lead >= 0xC2 && last - p >= 2 && is_utf8_continuation(p[1]);
+    return isTwo ? Step{(lead & 0x1Fu) << 6 | continuation_bits(p[1]), 2, true}
+                 : Step{kReplacement, 1, false};
+}
+
 using Bytes = Lanes<char>::Vector;
 using SignedBytes __attribute__((vector_size(16))) = signed char;
 
 constexpr std::size_t kBlock = sizeof(Bytes);
-constexpr std::size_t kBack = 3;  // bytes in front of a byte that decide whether it may stand there
 
 /// A text is checked in segments, so that one bad byte sends no more than this on the slow way and
 /// so that the lanes of a tally cannot overflow.
@@ -84,57 +91,70 @@ Window window_at(const char* p) {
     return {load_lanes(p), load_lanes(p - 1), load_lanes(p - 2), load_lanes(p - 3)};
 }
 
-/// The first sixteen of a text.
-Window first_window(const char* p) {
-    const Bytes none{};
-    const Bytes byte = load_lanes(p);
-    return {byte,
-            __builtin_shufflevector(none, byte, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27,
-                                    28, 29, 30),
-            __builtin_shufflevector(none, byte, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26,
-                                    27, 28, 29),
-            __builtin_shufflevector(none, byte, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25,
-                                    26, 27, 28)};
+struct Halves {
+    std::uint64_t low;
+    std::uint64_t high;
+};
+
+/// The same for a block that does not lie behind the other in memory.
+Window window_behind(Bytes previous, Bytes byte) {
+    const auto [unused, front] = std::bit_cast<Halves>(previous);
+    const auto [low, high] = std::bit_cast<Halves>(byte);
+    const auto moved = [&, front = front, low = low, high = high](int bits) {
+        return std::bit_cast<Bytes>(
+            Halves{low << bits | front >> (64 - bits), high << bits | low >> (64 - bits)});
+    };
+    return {byte, moved(8), moved(16), moved(24)};
 }
 
-/// Checks blocks of a text that starts on a character boundary.
+/// Checks the blocks of a text that starts on a character boundary.
 struct Checker {
     /// A byte must be a continuation exactly where a lead of sufficient length stands one, two or
-    /// three bytes in front. Adds the units less the bytes of the lanes that are `counted`.
-    void Add(const Window& at, SignedBytes counted) {
-        const auto byte = reinterpret_cast<SignedBytes>(at.byte);
-        const SignedBytes isContinuation = byte < as_signed(0xC0);
+    /// three bytes in front.
+    [[gnu::always_inline]] void Add(const Window& at) {
+        const SignedBytes isContinuation = reinterpret_cast<SignedBytes>(at.byte) < as_signed(0xC0);
         const SignedBytes isExpected =
             above(at.before, 0xBF) | above(at.before2, 0xDF) | above(at.before3, 0xEF);
-        bad |= (isContinuation ^ isExpected) | equal(at.byte & 0xFE, 0xC0) | above(at.byte, 0xF4);
-        // Overlong forms, surrogates, values above U+10FFFF: what follows is a continuation here.
-        bad |= (equal(at.before, 0xE0) & (byte < as_signed(0xA0))) |
-               (equal(at.before, 0xED) & (byte > as_signed(0x9F))) |
-               (equal(at.before, 0xF0) & (byte < as_signed(0x90))) |
-               (equal(at.before, 0xF4) & (byte > as_signed(0x8F)));
-        surplus += (isContinuation - above(at.byte, 0xEF)) & counted;
+        bad |= (isContinuation ^ isExpected) | equal(at.before & 0xFE, 0xC0);
+        surplus += isContinuation;
+        if (hit_bits(above(at.before, 0xDF)) != 0) {
+            AddLongLeads(reinterpret_cast<SignedBytes>(at.byte), at.before);
+        }
+    }
+
+    /// Overlong forms, surrogates and values above U+10FFFF, where continuations follow the leads.
+    [[gnu::always_inline]] void AddLongLeads(SignedBytes byte, Bytes before) {
+        bad |= (equal(before, 0xE0) & (byte < as_signed(0xA0))) |
+               (equal(before, 0xED) & (byte > as_signed(0x9F)));
+        const SignedBytes isFour = above(before, 0xEF);
+        if (hit_bits(isFour) != 0) {
+            bad |= (equal(before, 0xF0) & (byte < as_signed(0x90))) |
+                   (equal(before, 0xF4) & (byte > as_signed(0x8F))) | above(before, 0xF4);
+            surplus -= isFour;
+        }
     }
 
     std::ptrdiff_t Surplus() const {
-        std::ptrdiff_t sum = 0;
-        for (std::size_t i = 0; i < kBlock; ++i) {
-            sum += surplus[i];
-        }
-        return sum;
+        constexpr std::uint64_t kEven = 0x00FF00FF00FF00FF;
+        const auto [low, high] = std::bit_cast<Halves>(reinterpret_cast<Bytes>(surplus) + 0x80);
+        const std::uint64_t sums =
+            (low & kEven) + (low >> 8 & kEven) + (high & kEven) + (high >> 8 & kEven);
+        const auto biased = static_cast<std::ptrdiff_t>(sums * 0x0001000100010001 >> 48);
+        return biased - static_cast<std::ptrdiff_t>(kBlock) * 0x80;
     }
 
     SignedBytes bad{};
-    SignedBytes surplus{};
+    SignedBytes surplus{};  ///< units less bytes
 };
 
-/// Ones in the lanes from `first` on.
-SignedBytes lanes_from(std::size_t first) {
-    static constexpr signed char kSteps[2 * kBlock] = {0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,
-                                                       0,  0,  0,  0,  0,  -1, -1, -1, -1, -1, -1,
-                                                       -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
-    SignedBytes lanes;
-    std::memcpy(&lanes, kSteps + kBlock - first, sizeof lanes);
-    return lanes;
+/// What is left of a text behind a block, fewer bytes than a block has, and zeros.
+Bytes load_rest(const char* p, const char* last) {
+    const Halves end = std::bit_cast<Halves>(load_lanes(last - kBlock));
+    const auto zeros = static_cast<unsigned int>(8 * (p + kBlock - last));
+    const Halves rest =
+        zeros < 64 ? Halves{end.low >> zeros | end.high << 1 << (63 - zeros), end.high >> zeros}
+                   : Halves{end.high >> (zeros - 64), 0};
+    return std::bit_cast<Bytes>(rest);
 }
 
 bool ends_within_sequence(const char* last) {
@@ -143,26 +163,26 @@ bool ends_within_sequence(const char* last) {
            static_cast<unsigned char>(last[-3]) >= 0xF0;
 }
 
-/// Whether a segment is well-formed and so long that blocks can tell; only then are its units
-/// added. The last block may overlap the one in front of it.
+/// Whether a segment of at least a block is well-formed; only then are its units added.
 bool count_well_formed(const char* first, const char* last, std::size_t& units) {
-    const auto length = static_cast<std::size_t>(last - first);
-    if (length != kBlock && length < kBlock + kBack) {
+    if (last - first < static_cast<std::ptrdiff_t>(kBlock)) {
         return false;
     }
     Checker checker;
-    checker.Add(first_window(first), lanes_from(0));
-    std::size_t i = kBlock;
-    for (; i + kBlock <= length; i += kBlock) {
-        checker.Add(window_at(first + i), lanes_from(0));
+    checker.Add(window_behind(Bytes{}, load_lanes(first)));
+    const char* p = first + kBlock;
+    for (; last - p >= static_cast<std::ptrdiff_t>(kBlock); p += kBlock) {
+        checker.Add(window_at(p));
     }
-    if (i < length) {
-        checker.Add(window_at(last - kBlock), lanes_from(kBlock - (length - i)));
-    }
-    if (hit_bits(checker.bad) != 0 || ends_within_sequence(last)) {
+    if (p != last) {  // the zeros behind the text end a sequence that it has cut off
+        checker.Add(window_behind(load_lanes(p - kBlock), load_rest(p, last)));
+    } else if (ends_within_sequence(last)) {
         return false;
     }
-    units += length + static_cast<std::size_t>(checker.Surplus());
+    if (hit_bits(checker.bad) != 0) {
+        return false;
+    }
+    units += static_cast<std::size_t>(last - first + checker.Surplus());
     return true;
 }
 
@@ -172,7 +192,7 @@ const char* segment_end(const char* p, const char* last) {
         return last;
     }
     const char* end = p + kSegment;
-    for (std::size_t i = 0; i < kBack && is_utf8_continuation(*end); ++i) {
+    for (std::size_t i = 0; i < 3 && is_utf8_continuation(*end); ++i) {
         --end;
     }
     return end;
@@ -180,42 +200,73 @@ const char* segment_end(const char* p, const char* last) {
 
 using Units = Lanes<char16_t>::Vector;
 
-Units load_pairs(const char* p) {
-    Units pairs;
-    std::memcpy(&pairs, p, sizeof pairs);
-    return pairs;
+/// Two halves of what is wider than a block.
+struct Wide {
+    Bytes low;
+    Bytes high;
+};
+
+/// The bits of `a` where `mask` has ones, else those of `b`.
+template <class Vector>
+Vector select(Vector mask, Vector a, Vector b) {
+    return (a & mask) | (b & ~mask);
 }
 
-/// The units of the sequences of one or two bytes at p, p + 2, p + 4...: a lane holds two bytes.
-Units short_units_at(const char* p) {
-    const Units pair = load_pairs(p);
-    const Units lead = pair & 0xFF;
-    const Units two = (pair & 0x1F) << 6 | (pair >> 8 & 0x3F);
-    return lead > 0x7F ? two : lead;
+/// Shifts within each byte; what comes from the neighbour is masked out.
+Bytes shift_left(Bytes bytes, int count, unsigned char mask) {
+    return reinterpret_cast<Bytes>(reinterpret_cast<Units>(bytes) << count) & mask;
+}
+Bytes shift_right(Bytes bytes, int count, unsigned char mask) {
+    return reinterpret_cast<Bytes>(reinterpret_cast<Units>(bytes) >> count) & mask;
+}
+
+/// The bytes of two blocks by turns.
+Wide interleave(Bytes a, Bytes b) {
+    return {__builtin_shufflevector(a, b, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23),
+            __builtin_shufflevector(a, b, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15,
+                                    31)};
+}
+
+/// The units that would start at each byte, given the byte behind it: of sequences of one or two
+/// bytes. Where none can start stands anything.
+Wide short_units(Bytes byte, Bytes next) {
+    const auto isLead = reinterpret_cast<Bytes>(reinterpret_cast<SignedBytes>(byte) < 0);
+    const Bytes low = shift_left(byte, 6, 0xC0) | (next & 0x3F);
+    return interleave(select(isLead, low, byte), shift_right(byte, 2, 0x07) & isLead);
 }
 
 /// The same for sequences of up to three bytes.
-Units units_at(const char* p) {
-    const Units pair = load_pairs(p);
-    const Units third = load_pairs(p + 2) & 0x3F;
-    const Units three = pair << 12 | (pair >> 2 & 0xFC0) | third;
-    return (pair & 0xFF) > 0xDF ? three : short_units_at(p);
+Wide units(Bytes byte, Bytes next, Bytes third) {
+    const auto isLead = reinterpret_cast<Bytes>(reinterpret_cast<SignedBytes>(byte) < 0);
+    const auto isThree = reinterpret_cast<Bytes>(above(byte, 0xDF));
+    const Bytes upper = select(isThree, next, byte);
+    const Bytes lower = select(isThree, third, next);
+    const Bytes low = shift_left(upper, 6, 0xC0) | (lower & 0x3F);
+    const Bytes high = shift_right(upper, 2, 0x0F) | (shift_left(byte, 4, 0xF0) & isThree);
+    return interleave(select(isLead, low, byte), high & isLead);
 }
 
-/// Sixteen bytes, given the units that would start at their even and odd places: of a pair of
-/// places those units are written that start a character. Needs room for sixteen units.
-char16_t* put_starting(const char* p, Units even, Units odd, char16_t* out) {
+/// Eight units as pairs; the first of a pair gives way to the second where nothing starts.
+void make_pairs(Bytes made, Bytes isInside, std::uint32_t* pairs) {
+    using Words __attribute__((vector_size(16))) = std::uint32_t;
+    const auto seconds = reinterpret_cast<Bytes>(reinterpret_cast<Words>(made) >> 16);
+    const Bytes chosen = select(isInside, seconds, made);
+    std::memcpy(pairs, &chosen, sizeof chosen);
+}
+
+/// Writes the units of those bytes that start a character, a pair of bytes at a time. Needs room
+/// for sixteen.
+char16_t* put_starting(Bytes byte, const Wide& made, char16_t* out) {
     using HalfBytes __attribute__((vector_size(8))) = unsigned char;
-    const auto isStart = reinterpret_cast<SignedBytes>(load_lanes(p)) >= as_signed(0xC0);
-    const auto starts = reinterpret_cast<Units>(reinterpret_cast<Bytes>(isStart) & 1);
-    const Units first = (starts & 0xFF) != 0 ? even : odd;
-    const Units low = __builtin_shufflevector(first, odd, 0, 8, 1, 9, 2, 10, 3, 11);
-    const Units high = __builtin_shufflevector(first, odd, 4, 12, 5, 13, 6, 14, 7, 15);
+    const auto isInside =
+        reinterpret_cast<Bytes>(reinterpret_cast<SignedBytes>(byte) < as_signed(0xC0));
+    const Wide insides = interleave(isInside, isInside);
     std::uint32_t pairs[8];
-    std::memcpy(pairs, &low, sizeof low);
-    std::memcpy(pairs + 4, &high, sizeof high);
-    const auto counts = std::bit_cast<std::uint64_t>(
-        __builtin_convertvector((starts & 0xFF) + (starts >> 8), HalfBytes));
+    make_pairs(made.low, insides.low, pairs);
+    make_pairs(made.high, insides.high, pairs + 4);
+    const auto ones = reinterpret_cast<Units>(isInside + 1);
+    const auto counts =
+        std::bit_cast<std::uint64_t>(__builtin_convertvector(ones + (ones >> 8), HalfBytes));
     const std::uint64_t ends = counts * 0x0101010101010101;  // byte i: the sum of the counts to i
     const std::uint64_t begins = ends - counts;
     for (unsigned int i = 0; i < 8; ++i) {
@@ -243,29 +294,67 @@ bool decode_four_threes(const char* p, char16_t* out) {
     return true;
 }
 
-/// The character at `p` of a well-formed text.
-Step trust_step(const char* p) {
-    const auto lead = static_cast<unsigned char>(*p);
-    if (lead < 0x80) {
-        return {lead, 1, true};
-    }
-    if (lead < 0xE0) {
-        return {(lead & 0x1Fu) << 6 | continuation_bits(p[1]), 2, true};
-    }
-    const char32_t code = continuation_bits(p[1]) << 6 | continuation_bits(p[2]);
-    if (lead < 0xF0) {
-        return {(lead & 0xFu) << 12 | code, 3, true};
-    }
-    return {(lead & 0x7u) << 18 | code << 6 | continuation_bits(p[3]), 4, true};
-}
-
+/// The characters of a well-formed text that begin in front of `end`.
 char16_t* decode_trusted_steps(const char*& p, const char* end, char16_t* out) {
     while (p < end) {
-        const Step step = trust_step(p);
+        const auto lead = static_cast<unsigned char>(*p);
+        if (lead < 0x80) {
+            *out++ = lead;
+            p += 1;
+        } else if (lead < 0xE0) {
+            *out++ = static_cast<char16_t>((lead & 0x1Fu) << 6 | continuation_bits(p[1]));
+            p += 2;
+        } else if (lead < 0xF0) {
+            *out++ = static_cast<char16_t>((lead & 0xFu) << 12 | continuation_bits(p[1]) << 6 |
+                                           continuation_bits(p[2]));
+            p += 3;
+        } else {
+            out = put_utf16((lead & 0x7u) << 18 | continuation_bits(p[1]) << 12 |
+                                continuation_bits(p[2]) << 6 | continuation_bits(p[3]),
+                            out);
+            p += 4;
+        }
+    }
+    return out;
+}
+
+/// Counts a segment that blocks cannot tell, and on to the end of its last character.
+const char* count_steps(const char* p, const char* end, const char* last, Utf8Measure& measure) {
+    while (p < end) {
+        if (end - p >= 8) {
+            const std::size_t ascii = ascii_of_eight(p);
+            measure.units += ascii;
+            p += ascii;
+            if (ascii == 8) {
+                continue;
+            }
+        }
+        const Step step = read_step(p, last);
+        measure.isWellFormed &= step.isWellFormed;
+        measure.units += utf16_units(step.code);
+        p += step.bytes;
+    }
+    return p;
+}
+
+/// Decodes the same.
+const char* decode_steps(const char* p, const char* end, const char* last, char16_t*& out,
+                         const char16_t* limit) {
+    while (p < end) {
+        if (end - p >= 8 && limit - out >= 8) {
+            const std::size_t ascii = ascii_of_eight(p);
+            widen_eight(p, out);
+            out += ascii;
+            p += ascii;
+            if (ascii == 8) {
+                continue;
+            }
+        }
+        const Step step = read_step(p, last);
         out = put_utf16(step.code, out);
         p += step.bytes;
     }
-    return out;
+    return p;
 }
 
 /// A well-formed segment into room that ends at `limit`.
@@ -279,14 +368,14 @@ char16_t* decode_well_formed(const char* p, const char* last, char16_t* out,
             p += kBlock;
             out += kBlock;
         } else if (hit_bits(above(block, 0xDF)) == 0) {
-            out = put_starting(p, short_units_at(p), short_units_at(p + 1), out);
+            out = put_starting(block, short_units(block, load_lanes(p + 1)), out);
             p += kBlock;
             p += is_utf8_continuation(*p);
         } else if (decode_four_threes(p, out)) {
             p += 12;
             out += 4;
         } else if (hit_bits(above(block, 0xEF)) == 0) {
-            out = put_starting(p, units_at(p), units_at(p + 1), out);
+            out = put_starting(block, units(block, load_lanes(p + 1), load_lanes(p + 2)), out);
             p += kBlock;
             p += is_utf8_continuation(*p);
             p += is_utf8_continuation(*p);
@@ -302,18 +391,9 @@ char16_t* decode_well_formed(const char* p, const char* last, char16_t* out,
 Utf8Measure utf8_measure(const char* source, std::size_t length) noexcept {
     const char* const last = source + length;
     Utf8Measure measure{ascii_run(source, length), true};
-    const char* p = source + measure.units;
-    while (p != last) {
+    for (const char* p = source + measure.units; p != last;) {
         const char* end = segment_end(p, last);
-        if (count_well_formed(p, end, measure.units)) {
-            p = end;
-        }
-        while (p < end) {
-            const Step step = read_step(p, last);
-            measure.isWellFormed &= step.isWellFormed;
-            measure.units += utf16_units(step.code);
-            p += step.bytes;
-        }
+        p = count_well_formed(p, end, measure.units) ? end : count_steps(p, end, last, measure);
     }
     return measure;
 }
@@ -334,11 +414,8 @@ void utf8_decode(const char* source, std::size_t length, Utf8Measure measure,
         if (count_well_formed(p, end, units)) {
             out = decode_well_formed(p, end, out, limit);
             p = end;
-        }
-        while (p < end) {
-            const Step step = read_step(p, last);
-            out = put_utf16(step.code, out);
-            p += step.bytes;
+        } else {
+            p = decode_steps(p, end, last, out, limit);
         }
     }
 }

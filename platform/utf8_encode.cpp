@@ -45,18 +45,32 @@ std::size_t bytes_of(char32_t code) {
     return code < 0x80 ? 1 : code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
 }
 
+/// The byte of a sequence that takes the bits from `shift` on.
+char continuation(char32_t code, int shift) {
+    return static_cast<char>(0x80 | (code >> shift & 0x3F));
+}
+
 char* put_utf8(char32_t code, char* out) {
-    const std::size_t bytes = bytes_of(code);
-    if (bytes == 1) {
+    if (code < 0x80) {
         *out = static_cast<char>(code);
         return out + 1;
     }
-    for (std::size_t i = bytes - 1; i > 0; --i) {
-        out[i] = static_cast<char>(0x80 | (code & 0x3F));
-        code >>= 6;
+    if (code < 0x800) {
+        out[0] = static_cast<char>(0xC0 | code >> 6);
+        out[1] = continuation(code, 0);
+        return out + 2;
     }
-    out[0] = static_cast<char>((0xF00 >> bytes & 0xF0) | code);
-    return out + bytes;
+    if (code < 0x10000) {
+        out[0] = static_cast<char>(0xE0 | code >> 12);
+        out[1] = continuation(code, 6);
+        out[2] = continuation(code, 0);
+        return out + 3;
+    }
+    out[0] = static_cast<char>(0xF0 | code >> 18);
+    out[1] = continuation(code, 12);
+    out[2] = continuation(code, 6);
+    out[3] = continuation(code, 0);
+    return out + 4;
 }
 
 char* encode_steps(const char16_t*& p, const char16_t* end, const char16_t* last, char* out) {
@@ -68,7 +82,7 @@ char* encode_steps(const char16_t*& p, const char16_t* end, const char16_t* last
     return out;
 }
 
-/// Where eight sequences begin, a byte each, and their length together.
+/// Eight lengths, added up.
 struct Places {
     explicit Places(Units lengths) {
         using HalfBytes __attribute__((vector_size(8))) = unsigned char;
@@ -79,50 +93,72 @@ struct Places {
         total = ends >> 56;
     }
 
+    std::size_t Begin(unsigned int i) const { return begins >> 8 * i & 0xFF; }
+
     std::uint64_t begins;
     std::uint64_t total;
 };
 
-/// Writes sequences in order, each over what the one in front wrote too much.
-template <class Sequence>
-char* put_sequences(const Sequence* sequences, const Places& places, char* out) {
-    for (unsigned int i = 0; i < static_cast<unsigned int>(kBlock); ++i) {
-        std::memcpy(out + (places.begins >> 8 * i & 0xFF), &sequences[i], sizeof sequences[i]);
+/// Eight units below U+0800. Neighbours are put together, so that half as many stores do.
+char* encode_block_of_twos(Units units, char* out) {
+    const Units two = (units >> 6 | 0xC0) | (units & 0x3F) << 8 | 0x8000;
+    const Units isTwo = reinterpret_cast<Units>(reinterpret_cast<SignedUnits>(units) > 0x7F);
+    const auto apart = reinterpret_cast<Words>(isTwo != 0 ? two : units);
+    const Words together = (apart & 0xFF) | (apart >> 16 << 8);
+    const Words isFirstTwo = reinterpret_cast<Words>(isTwo) << 16;
+    const Words chosen = isFirstTwo != 0 ? apart : together;
+    const Places places(1 - isTwo);
+    std::uint32_t pairs[4];
+    std::memcpy(pairs, &chosen, sizeof pairs);
+    for (unsigned int i = 0; i < 4; ++i) {
+        std::memcpy(out + places.Begin(2 * i), &pairs[i], sizeof pairs[i]);
     }
     return out + places.total;
 }
 
-/// Eight units below U+0800.
-char* encode_block_of_twos(Units units, char* out) {
-    const Units two = (units >> 6 | 0xC0) | (units & 0x3F) << 8 | 0x8000;
-    const Units isTwo = reinterpret_cast<Units>(units > 0x7F);
-    const Units chosen = isTwo != 0 ? two : units;
-    std::uint16_t sequences[kBlock];
-    std::memcpy(sequences, &chosen, sizeof sequences);
-    return put_sequences(sequences, Places(1 - isTwo), out);
-}
-
-/// The sequences of four units that are no surrogates.
-void make_sequences(const char16_t* p, std::uint32_t* sequences) {
+/// Four units as 32 bits each.
+Words widen_four(const char16_t* p) {
     HalfUnits half;
     std::memcpy(&half, p, sizeof half);
-    const Words code = __builtin_convertvector(half, Words);
-    const Words last = code & 0x3F;
-    const Words two = (code >> 6 | 0xC0) | last << 8 | 0x8000;
-    const Words three = (code >> 12 | 0xE0) | (code << 2 & 0x3F00) | last << 16 | 0x808000;
-    const Words longer = code > 0x7FF ? three : two;
-    const Words chosen = code > 0x7F ? longer : code;
-    std::memcpy(sequences, &chosen, sizeof chosen);
+    return __builtin_convertvector(half, Words);
+}
+
+Words three_bytes(Words code) {
+    return (code >> 12 | 0xE0) | (code << 2 & 0x3F00) | (code & 0x3F) << 16 | 0x808000;
+}
+
+Words one_to_three_bytes(Words code) {
+    const Words two = (code >> 6 | 0xC0) | (code & 0x3F) << 8 | 0x8000;
+    const Words longer = code > 0x7FF ? three_bytes(code) : two;
+    return code > 0x7F ? longer : code;
+}
+
+/// Eight units from U+0800 up that are no surrogates.
+char* encode_block_of_threes(const char16_t* p, char* out) {
+    std::uint32_t sequences[kBlock];
+    const Words low = three_bytes(widen_four(p));
+    const Words high = three_bytes(widen_four(p + 4));
+    std::memcpy(sequences, &low, sizeof low);
+    std::memcpy(sequences + 4, &high, sizeof high);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(kBlock); ++i) {
+        std::memcpy(out + 3 * i, &sequences[i], sizeof sequences[i]);
+    }
+    return out + 3 * kBlock;
 }
 
 /// Eight units that are no surrogates.
 char* encode_block(const char16_t* p, Units units, char* out) {
     std::uint32_t sequences[kBlock];
-    make_sequences(p, sequences);
-    make_sequences(p + kBlock / 2, sequences + kBlock / 2);
-    const Units lengths =
-        1 - reinterpret_cast<Units>(units > 0x7F) - reinterpret_cast<Units>(units > 0x7FF);
-    return put_sequences(sequences, Places(lengths), out);
+    const Words low = one_to_three_bytes(widen_four(p));
+    const Words high = one_to_three_bytes(widen_four(p + 4));
+    std::memcpy(sequences, &low, sizeof low);
+    std::memcpy(sequences + 4, &high, sizeof high);
+    const Places places(1 - reinterpret_cast<Units>(units > 0x7F) -
+                        reinterpret_cast<Units>(units > 0x7FF));
+    for (unsigned int i = 0; i < static_cast<unsigned int>(kBlock); ++i) {
+        std::memcpy(out + places.Begin(i), &sequences[i], sizeof sequences[i]);
+    }
+    return out + places.total;
 }
 
 }  // namespace
@@ -179,18 +215,20 @@ void utf8_encode(const char16_t* source, std::size_t length, char* destination,
     char* out = destination;
     while (last - p >= 2 * kBlock && limit - out >= kBlockRoom) {
         const Units units = load_lanes(p);
+        const std::uint64_t upper = hit_bits(units > 0x7FF);
         if (is_ascii_step(p)) {
             narrow_step(p, out);
             p += 2 * kBlock;
             out += 2 * kBlock;
-        } else if (hit_bits(units > 0x7FF) == 0) {
+        } else if (upper == 0) {
             out = encode_block_of_twos(units, out);
             p += kBlock;
-        } else if (hit_bits(in_kind(units, 0xF800, 0xD800)) == 0) {
-            out = encode_block(p, units, out);
-            p += kBlock;
-        } else {
+        } else if (hit_bits(in_kind(units, 0xF800, 0xD800)) != 0) {
             out = encode_steps(p, p + kBlock, last, out);
+        } else {
+            out = upper == hit_bits(~Units{}) ? encode_block_of_threes(p, out)
+                                              : encode_block(p, units, out);
+            p += kBlock;
         }
     }
     encode_steps(p, last, last, out);
