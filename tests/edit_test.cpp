@@ -1,0 +1,162 @@
+// Structural edits and delimited fields.
+
+#include <algorithm>
+#include <climits>
+#include <new>
+
+#include "twins.h"
+
+namespace {
+
+const int kEnds[] = {INT_MIN, -1, 0, 1, 4, 5, 6, INT_MAX};
+
+std::string expand(std::string text, int nWidth, int& nTabs) {
+    for (auto at = text.find('\t'); at != std::string::npos; at = text.find('\t')) {
+        const int nColumn = static_cast<int>(at);
+        const int nFill = nWidth > 0 ? nWidth - nColumn % nWidth : 0;
+        text.replace(at, 1, std::string(static_cast<std::size_t>(nFill), ' '));
+        ++nTabs;
+    }
+    return text;
+}
+
+template <class TypeParam>
+class Fields : public ::testing::Test {};
+TYPED_TEST_SUITE(Fields, Twins);
+
+}  // namespace
+
+TEST(Edit, InsertAndDeleteClamp) {
+    for (const int n : kEnds) {
+        Open<Kelm> text("hello");
+        const Kelm sharer(text);
+        const auto nAt = static_cast<std::size_t>(std::clamp(n, 0, 5));
+        EXPECT_EQ(text.Insert(n, ""), 5);
+        EXPECT_EQ(text.Refs(), 2);
+        EXPECT_EQ(text.Insert(n, "ab"), 7);
+        EXPECT_EQ(whole(text), std::string("hello").insert(nAt, "ab"));
+        EXPECT_EQ(text.GetAllocLength(), 7);
+        text = "hello";
+        const char* place = text;
+        EXPECT_EQ(text.Insert(n, '\0'), 6);
+        EXPECT_TRUE(text.constBuffer() == place && text[static_cast<int>(nAt)] == '\0');
+        for (const int nCount : kEnds) {
+            Open<Kelm> cut(sharer);
+            EXPECT_EQ(cut.Delete(n, nCount), 5);
+            std::string expected("hello");
+            if (nCount > 0 && n < 5) {
+                expected.erase(nAt, static_cast<std::size_t>(nCount));
+            }
+            EXPECT_EQ(whole(cut), expected) << n << ' ' << nCount;
+            EXPECT_EQ(cut.constBuffer() == sharer.constBuffer(), expected == "hello");
+            EXPECT_EQ(cut.GetAllocLength(), 5);
+        }
+        EXPECT_STREQ(sharer, "hello");
+    }
+}
+
+TEST(Edit, RepeatAndDecrement) {
+    Open<Kelm> text("hell");
+    text.Repeat("ab", 3);
+    EXPECT_TRUE(text == "hellababab" && text.GetAllocLength() == 10);
+    const Kelm sharer(text);
+    text.Repeat("x", 0);
+    EXPECT_TRUE(text == "hellababab" && text.Refs() == 1);
+    EXPECT_THROW(text.Repeat("abc", INT_MAX), std::bad_alloc);
+    text.Repeat('z', 3);
+    EXPECT_TRUE(text == "zzz" && text.GetAllocLength() == 3);
+    const Open<Kelm> before(text--);
+    const Open<Kelm> after(--text);
+    EXPECT_TRUE(before == "zzz" && after == "z" && after.constBuffer() == text.constBuffer());
+    text.Repeat('z', -1);
+    EXPECT_TRUE((--text).IsEmpty() && Kelm::FromRepeat('x', -1).IsEmpty());
+    EXPECT_EQ(WString::FromRepeat(u'\0', 3).GetLength(), 3);
+}
+
+TEST(Edit, TabsStopByTheWholeText) {
+    for (const std::string text : {"", "a", "\t", "a\tb", "\t\t", "abc\t\n\tx", "abcd\te\t\t"}) {
+        for (const int nWidth : {INT_MIN, -4, 0, 1, 2, 4, 7, 1000}) {
+            int nTabs = 0;
+            const std::string expected = expand(text, nWidth, nTabs);
+            Open<Kelm> object(text.c_str());
+            object.GetBuffer(10);
+            const char* place = object;
+            EXPECT_EQ(object.ReplaceTabs(nWidth), nTabs);
+            EXPECT_EQ(whole(object), expected) << text << ' ' << nWidth;
+            EXPECT_EQ(object.constBuffer() == place, nTabs == 0);
+            EXPECT_EQ(object.GetAllocLength(), nTabs == 0 ? 10 : object.GetLength());
+        }
+    }
+    Kelm text("\t\t");
+    EXPECT_THROW(text.ReplaceTabs(INT_MAX), std::bad_alloc);
+    EXPECT_STREQ(text, "\t\t");
+}
+
+TYPED_TEST(Fields, Elements) {
+    using Unit = typename Twin<TypeParam>::Unit;
+    struct Row {
+        const Unit* text;
+        int nFirst, nLast;
+        const Unit* result;
+    };
+    const Row rows[] = {
+        {T_("a,b,c"), 0, 1, T_("a,b")},
+        {T_("a,b,c"), 1, 2, T_("b,c")},
+        {T_("a,b,c"), 1, -1, T_("b,c")},
+        {T_("a,b,c"), 0, INT_MIN, T_("a,b,c")},
+        {T_("a,b,c"), 1, 4, T_("b,c,,")},
+        {T_("a,b,c"), 5, 7, T_(",,")},
+        {T_("a,b,c"), 2, 1, T_("")},
+        {T_("a,b,c"), 3, -1, T_("")},
+        {T_("a,b,c"), 5, -1, T_("")},
+        {T_("a,b,c"), -1, 2, T_("")},
+        {T_("a,b,c"), INT_MAX, INT_MAX, T_("")},
+        {T_("a,,b"), 1, -1, T_(",b")},
+        {T_("a,,b"), 1, 4, T_(",b,,")},
+        {T_("a,,b"), 1, 1, T_("")},
+        {T_(",a,"), 0, 0, T_("")},
+        {T_(",a,"), 1, 1, T_("a")},
+        {T_(",a,"), 2, 3, T_(",")},
+        {T_(",a,"), 1, -1, T_("a,")},
+        {T_(",a,"), 1, 4, T_("a,,,")},
+        {T_("a,"), 0, 0, T_("a")},
+        {T_("a,"), 0, 1, T_("a,")},
+        {T_("a,"), 1, 3, T_(",,")},
+        {T_(""), 0, -1, T_("")},
+        {T_(""), 0, 3, T_(",,,")},
+    };
+    for (const Row& row : rows) {
+        const Open<TypeParam> object(row.text);
+        const TypeParam result = object.Elements(row.nFirst, row.nLast, Unit(','));
+        EXPECT_TRUE(result == row.result) << row.nFirst << ' ' << row.nLast;
+        EXPECT_EQ(result.GetAllocLength(), result.GetLength());
+        if (row.nFirst == row.nLast) {
+            EXPECT_TRUE(object.Element(row.nFirst, Unit(',')) == row.result);
+        }
+        EXPECT_EQ(object.Refs(), object.IsEmpty() ? -1 : 1);
+    }
+    EXPECT_TRUE(TypeParam(T_("a,b")).Element(-1, Unit(',')).IsEmpty());
+    EXPECT_THROW(TypeParam(T_("a")).Elements(0, INT_MAX, Unit(',')), std::bad_alloc);
+}
+
+TEST(IndexOfElement, ByTextAndValue) {
+    const Kelm text("a,,b");
+    EXPECT_TRUE(text.IndexOfElement("", ',') == 1 && text.IndexOfElement("b", ',') == 2);
+    EXPECT_TRUE(text.IndexOfElement("c", ',') == -1 && text.IndexOfElement("a,", ',') == -1);
+    EXPECT_EQ(text.IndexOfElement(static_cast<const char*>(nullptr), ','), -1);
+    const Kelm empty;
+    EXPECT_TRUE(empty.IndexOfElement("", ',') == 0 && empty.IndexOfElement(0, ',') == 0 &&
+                empty.IndexOfElement(0.0, ',') == 0 && empty.IndexOfElement('\0', ',') == 0 &&
+                empty.IndexOfElement(false, ',') == 0);
+    EXPECT_EQ(Kelm("x,0").IndexOfElement(0, ','), 0);
+    EXPECT_EQ(Kelm("7,ff").IndexOfElement(255, ','), 1);
+    EXPECT_EQ(Kelm("abc,def").IndexOfElement('d', ','), 1);
+    EXPECT_EQ(Kelm("yes,x,on").IndexOfElement(false, ','), 1);
+    EXPECT_EQ(Kelm("x,oN ").IndexOfElement(true, ','), 1);
+    EXPECT_EQ(Kelm("a,1.50").IndexOfElement(1.5, ','), 1);
+    // The delimiter would go on with the number in front of it.
+    EXPECT_EQ(Kelm("1e5e2").IndexOfElement(2, 'e'), 2);
+    const Kelm longer = Kelm::FromRepeat('0', 500) + "7;8";
+    EXPECT_EQ(longer.IndexOfElement(7, ';'), 0);
+    EXPECT_EQ(Kelm("ab\0c,ab", 7).IndexOfElement("ab", ','), 0);
+}

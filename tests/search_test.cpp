@@ -1,0 +1,181 @@
+// Searching and extraction, against plain searches of the standard library over all small texts.
+
+#include <algorithm>
+#include <climits>
+#include <vector>
+
+#include "locales.h"
+#include "twins.h"
+
+namespace {
+
+template <class TypeParam>
+class Searching : public ::testing::Test {};
+TYPED_TEST_SUITE(Searching, Twins);
+
+const int kEnds[] = {INT_MIN, INT_MIN + 1, -1, 0, 1, 2, 4, 5, 6, INT_MAX - 1, INT_MAX};
+
+/// All texts of up to `nMost` units of the set.
+template <class String>
+std::vector<String> all_texts(const String& set, std::size_t nMost) {
+    std::vector<String> texts{String()};
+    for (std::size_t n = 0; texts[n].size() < nMost; ++n) {
+        for (const auto ch : set) {
+            texts.push_back(texts[n] + ch);
+        }
+    }
+    return texts;
+}
+
+int index(std::size_t n) {
+    return n == std::string::npos ? -1 : static_cast<int>(n);
+}
+
+}  // namespace
+
+TYPED_TEST(Searching, AllSmallTexts) {
+    using String = typename Twin<TypeParam>::String;
+    using Unit = typename Twin<TypeParam>::Unit;
+    const auto finds = all_texts(String(T_("aB")), 3);
+    for (const String& text : all_texts(String(T_("abB")), 6)) {
+        const TypeParam object(text.c_str());
+        const int nLength = static_cast<int>(text.size());
+        const String upper = whole([&] {
+            TypeParam copy(object);
+            copy.MakeUpper();
+            return copy;
+        }());
+        for (const String& find : finds) {
+            for (int nStart = -1; nStart <= nLength + 1; ++nStart) {
+                const auto nFrom = static_cast<std::size_t>(std::max(nStart, 0));
+                ASSERT_EQ(object.Find(find.c_str(), nStart), index(text.find(find, nFrom)));
+                ASSERT_EQ(object.Find(Unit('B'), nStart), index(text.find(Unit('B'), nFrom)));
+            }
+            TypeParam other(find.c_str());
+            other.MakeUpper();
+            ASSERT_EQ(object.NCFind(find.c_str()), index(upper.find(whole(other))));
+            int nCount = 0;
+            for (auto at = find.empty() ? String::npos : text.find(find); at != String::npos;
+                 at = text.find(find, at + find.size())) {
+                ++nCount;
+            }
+            ASSERT_EQ(object.Count(find.c_str()), nCount);
+            ASSERT_EQ(object.FindOneOf(find.c_str()), index(text.find_first_of(find)));
+        }
+        ASSERT_EQ(object.ReverseFind(Unit('a')), index(text.rfind(Unit('a'))));
+        ASSERT_EQ(object.NCFind(Unit('b')), index(upper.find(Unit('B'))));
+    }
+}
+
+TYPED_TEST(Searching, EndsAtNul) {
+    using Unit = typename Twin<TypeParam>::Unit;
+    const Unit nul = 0;
+    TypeParam text(T_("abcab"));
+    EXPECT_EQ(text.Find(nul), 5);
+    EXPECT_EQ(text.Find(nul, 5), -1);
+    EXPECT_EQ(text.ReverseFind(nul), 5);
+    EXPECT_EQ(TypeParam().Find(nul), -1);
+    EXPECT_EQ(TypeParam().ReverseFind(nul), 0);
+    EXPECT_EQ(TypeParam().Find(T_("")), 0);
+    EXPECT_EQ(TypeParam().NCFind(static_cast<const Unit*>(nullptr)), 0);
+    text.SetAt(2, nul);
+    EXPECT_EQ(text.Find(T_("ab"), 1), -1);
+    EXPECT_EQ(text.Find(T_("ab"), 3), 3);
+    EXPECT_EQ(text.Find(Unit('b'), 2), -1);
+    EXPECT_EQ(text.NCFind(T_("AB")), 0);
+    EXPECT_EQ(text.ReverseFind(Unit('b')), 1);
+    EXPECT_EQ(text.Count(Unit('a')), 2);
+    EXPECT_EQ(text.Count(T_("a")), 1);
+    EXPECT_EQ(text.Count(nul), 1);
+    EXPECT_EQ(text.FindOneOf(T_("xyz")), -1);
+    const Unit* null = nullptr;
+    EXPECT_TRUE(text.Find(null) == -1 && text.Find(null, 2) == -1 && text.FindOneOf(null) == -1 &&
+                text.Count(null) == 0);
+}
+
+TYPED_TEST(Searching, ExtractionClampsAndShares) {
+    using String = typename Twin<TypeParam>::String;
+    const String text(T_("hello"));
+    const TypeParam object(text.c_str());
+    const auto check = [&](const TypeParam& piece, long long nFirst, long long nCount) {
+        nFirst = std::max(nFirst, 0LL);
+        nCount = std::clamp(nCount, 0LL, std::max(5 - nFirst, 0LL));
+        const bool bWhole = nFirst == 0 && nCount == 5;
+        EXPECT_EQ(whole(piece), nCount == 0 ? String()
+                                            : text.substr(static_cast<std::size_t>(nFirst),
+                                                          static_cast<std::size_t>(nCount)));
+        EXPECT_EQ(piece.constBuffer() == object.constBuffer(), bWhole);
+        EXPECT_EQ(piece.GetAllocLength(), nCount);
+    };
+    for (const int n : kEnds) {
+        for (const int nCount : kEnds) {
+            check(object.Mid(n, nCount), n, nCount);
+        }
+        check(object.Mid(n), n, INT_MAX);
+        check(object.Left(n), 0, n);
+        check(object.Right(n), 5LL - std::clamp(n, 0, 5), n);
+        EXPECT_TRUE(TypeParam().Mid(n, n).IsEmpty() && TypeParam().Left(n).IsEmpty());
+        EXPECT_EQ(object.Find(T_("l"), n), n <= 2 ? 2 : -1);
+    }
+}
+
+TEST(Spans, EndAtTheSetAndAtNul) {
+    const Open<Kelm> text("aab c\0aa", 8);
+    EXPECT_STREQ(text.SpanIncluding("ba"), "aab");
+    EXPECT_STREQ(text.SpanExcluding("c"), "aab ");
+    EXPECT_EQ(text.SpanExcluding("xyz").GetLength(), 5);
+    EXPECT_TRUE(text.SpanIncluding("").IsEmpty() && text.SpanIncluding(nullptr).IsEmpty());
+    const Kelm plain("abc");
+    EXPECT_EQ(plain.SpanExcluding(nullptr).constBuffer(), plain.constBuffer());
+}
+
+TYPED_TEST(Searching, CaseAndTrims) {
+    using Unit = typename Twin<TypeParam>::Unit;
+    Open<TypeParam> text(T_(" \tab c \n"));
+    const Open<TypeParam> sharer(text);
+    const Open<TypeParam> trimmed(text.Trim());
+    EXPECT_TRUE(trimmed == T_("ab c") && trimmed.GetAllocLength() == 8 && text.Refs() == 2);
+    text.TrimLeft(T_(""));
+    EXPECT_EQ(text.Refs(), 2);
+    text.TrimRight(T_(""));
+    EXPECT_EQ(text.Refs(), 1);
+    text.TrimRight();
+    text.TrimLeft();
+    EXPECT_TRUE(text == T_("ab c") && text.GetAllocLength() == 8 && sharer.GetLength() == 8);
+    text.MakeReverse();
+    text.MakeUpper();
+    EXPECT_TRUE(text == T_("C BA"));
+    text.TrimRight(Unit('A'));
+    text.TrimLeft(T_("BC"));
+    EXPECT_TRUE(text == T_(" B"));
+    text.MakeLower();
+    text.TrimRight(Unit());
+    text.TrimRight(T_("xb"));
+    text.TrimLeft(Unit(' '));
+    EXPECT_TRUE(text.IsEmpty() && text.GetAllocLength() == 8);
+    text = T_("ab  cd");
+    text.SetAt(4, 0);
+    text.TrimRight();
+    EXPECT_EQ(text.GetLength(), 2);
+    Open<TypeParam> nuls(TypeParam::FromRepeat(Unit(), 3));
+    nuls.TrimLeft(Unit());
+    EXPECT_EQ(nuls.GetLength(), 0);
+}
+
+TEST(Utf8, FoldsWhatKeepsItsWidth) {
+    const LocaleScope locale("de_DE.UTF-8");
+    Kelm text(
+        "Gr\xC3\xBC\xC3\x9F"
+        "e");
+    EXPECT_EQ(text.NCFind("\xC3\x9C\xC3\x9F"), 2);
+    EXPECT_EQ(text.NCFind("E"), 6);
+    text.MakeUpper();
+    EXPECT_STREQ(text,
+                 "GR\xC3\x9C\xC3\x9F"
+                 "E");
+    text.MakeReverse();
+    EXPECT_STREQ(text, "E\xC3\x9F\xC3\x9CRG");
+    EXPECT_EQ(text.NCReplace("\xC3\xBC", "ue"), 1);
+    EXPECT_EQ(text.NCRemove("\xC3\x9F"), 1);
+    EXPECT_STREQ(text, "EueRG");
+}
