@@ -15,29 +15,30 @@ namespace platform {
 namespace {
 
 using Word = std::uint64_t;
-constexpr int kWordBits = 64;
-constexpr int kStripWords = 4;
-constexpr int kStripBytes = kStripWords * kWordBits;
-constexpr std::size_t kByteValues = 256;
+constexpr std::ptrdiff_t kWordBits = 64;
+constexpr std::ptrdiff_t kStripWords = 4;
+constexpr std::ptrdiff_t kStripBytes = kStripWords * kWordBits;
+constexpr std::ptrdiff_t kByteValues = 256;
 
 // Carries for a text of this many words of bits are kept without an allocation.
 constexpr std::size_t kFewWords = 512;
 
+// A length that can be rounded up to whole strips.
 struct Run {
     const char* first;
-    int length;
+    std::ptrdiff_t length;
 };
 
-template <int kWords>
+template <std::ptrdiff_t kWords>
 struct Row {
     Word level[kWords];
 };
 
 // Where in a strip of the text each byte stands.
-template <int kWords>
+template <std::ptrdiff_t kWords>
 struct Places {
     explicit Places(Run strip) {
-        for (int i = 0; i < strip.length; ++i) {
+        for (std::ptrdiff_t i = 0; i < strip.length; ++i) {
             const auto byte = static_cast<unsigned char>(strip.first[i]);
             of[byte][i / kWordBits] |= Word{1} << i % kWordBits;
         }
@@ -47,9 +48,9 @@ struct Places {
 };
 
 // Takes in one byte; the carry comes from the strip below, the result goes to the one above.
-template <int kWords>
+template <std::ptrdiff_t kWords>
 inline Word read_byte(Row<kWords>& row, const Word* places, Word carry) {
-    for (int i = 0; i < kWords; ++i) {
+    for (std::ptrdiff_t i = 0; i < kWords; ++i) {
         const Word level = row.level[i];
         const Word matches = level & places[i];
         const Word sum = level + matches;
@@ -61,16 +62,16 @@ inline Word read_byte(Row<kWords>& row, const Word* places, Word carry) {
 }
 
 // The length of the common subsequence that falls to one strip.
-template <int kWords>
+template <std::ptrdiff_t kWords>
 int count_in_strip(Run strip, Run read, Word* carries) {
     const Places<kWords> places(strip);
     Row<kWords> row;
     std::fill_n(row.level, kWords, ~Word{0});
-    for (int start = 0; start < read.length; start += kWordBits) {
-        const int count = std::min(kWordBits, read.length - start);
+    for (std::ptrdiff_t start = 0; start < read.length; start += kWordBits) {
+        const std::ptrdiff_t count = std::min(kWordBits, read.length - start);
         Word carriesIn = carries[start / kWordBits];
         Word carriesOut = 0;
-        for (int i = 0; i < count; ++i) {
+        for (std::ptrdiff_t i = 0; i < count; ++i) {
             const auto byte = static_cast<unsigned char>(read.first[start + i]);
             carriesOut |= read_byte(row, places.of[byte], carriesIn & 1) << i;
             carriesIn >>= 1;
@@ -96,7 +97,7 @@ int count_in_strip(Run strip, Run read, Word* carries) {
 
 int count_in_strips(Run strips, Run read, Word* carries) {
     int count = 0;
-    for (int i = 0; i < strips.length; i += kStripBytes) {
+    for (std::ptrdiff_t i = 0; i < strips.length; i += kStripBytes) {
         const Run strip{strips.first + i, std::min(kStripBytes, strips.length - i)};
         count += count_in_strip(strip, read, carries);
     }
@@ -108,17 +109,17 @@ int count_in_strips(Run strips, Run read, Word* carries) {
 int count_in_word(Run word, Run read) {
     Word places[kByteValues];
     const auto clear = [&places](char byte) { places[static_cast<unsigned char>(byte)] = 0; };
-    if (read.length < static_cast<int>(kByteValues)) {
+    if (read.length < kByteValues) {
         std::for_each(read.first, read.first + read.length, clear);
         std::for_each(word.first, word.first + word.length, clear);
     } else {
         std::fill(std::begin(places), std::end(places), Word{0});
     }
-    for (int i = 0; i < word.length; ++i) {
+    for (std::ptrdiff_t i = 0; i < word.length; ++i) {
         places[static_cast<unsigned char>(word.first[i])] |= Word{1} << i;
     }
     Word level = ~Word{0};
-    for (int i = 0; i < read.length; ++i) {
+    for (std::ptrdiff_t i = 0; i < read.length; ++i) {
         const Word matches = level & places[static_cast<unsigned char>(read.first[i])];
         level = (level + matches) | (level ^ matches);
     }
@@ -142,18 +143,18 @@ int count_common(Run strips, Run read) {
 // Cuts off what both texts begin and end with, which is part of a longest common subsequence, and
 // gives its length.
 int cut_common_ends(Run& a, Run& b) {
-    const int shorter = std::min(a.length, b.length);
-    int front = 0;
+    const std::ptrdiff_t shorter = std::min(a.length, b.length);
+    std::ptrdiff_t front = 0;
     while (front < shorter && a.first[front] == b.first[front]) {
         ++front;
     }
-    int back = 0;
+    std::ptrdiff_t back = 0;
     while (back < shorter - front && a.first[a.length - 1 - back] == b.first[b.length - 1 - back]) {
         ++back;
     }
     a = {a.first + front, a.length - front - back};
     b = {b.first + front, b.length - front - back};
-    return front + back;
+    return static_cast<int>(front + back);
 }
 
 }  // namespace
