@@ -1,184 +1,331 @@
 #include "multibyte.h"
 
-#include <ctype.h>
 #include <wchar.h>
 
 #include <algorithm>
+#include <cctype>
+#include <cerrno>
 #include <climits>
+#include <cstdint>
 #include <cstring>
 
 #include "scan.h"
+#include "text_search.h"
 #include "utf8_walk.h"
 
 namespace platform {
 namespace {
 
-bool is_ascii(unsigned char byte) {
-    return byte < 0x80;
+bool is_ascii(char byte) {
+    return static_cast<unsigned char>(byte) < 0x80;
 }
 
-std::size_t locale_length(const char* p) {
+// Of the character at `p`, of which `room` bytes may be read.
+std::size_t length_by_locale(const char* p, std::size_t room) {
+    const int oldErrno = errno;
     mbstate_t state{};
-    // More than the longest character of any codeset; what follows a NUL is not looked at.
-    const std::size_t length = mbrlen(p, strnlen(p, MB_LEN_MAX), &state);
+    const std::size_t length =
+        mbrlen(p, strnlen(p, std::min<std::size_t>(room, MB_LEN_MAX)), &state);
+    errno = oldErrno;
     return length == 0 || length > MB_LEN_MAX ? 1 : length;
 }
 
-/// Bytes of a character within a range, where NUL is one of one byte.
-std::size_t step(const CodePage& page, const char* p) {
-    return *p == '\0' ? 1 : _mbclen(page, p);
+std::size_t utf8_length_in_range(const char* p, const char* last) {
+    if (last - p >= 4) {
+        return utf8_length(p);
+    }
+    char rest[4] = {};
+    std::memcpy(rest, p, static_cast<std::size_t>(last - p));
+    return utf8_length(rest);
 }
 
-/// A walk from a boundary that is asked, from left to right, whether places are boundaries. It
-/// never looks at a byte twice.
-class BoundaryWalk {
-public:
-    BoundaryWalk(const CodePage& page, const char* first) : page_(page), at_(first) {}
+// Bytes of the character at `p`, which is in front of `last`. Nothing from there on is read.
+std::size_t length_in_range(const CodePage& page, const char* p, const char* last) {
+    if (is_ascii(*p)) {
+        return 1;
+    }
+    switch (page.grouping) {
+        case Grouping::SingleByte:
+            return 1;
+        case Grouping::Utf8:
+            return utf8_length_in_range(p, last);
+        case Grouping::DoubleByte:
+            return page.IsLead(static_cast<unsigned char>(*p)) && last - p > 1 && p[1] != '\0' ? 2
+                                                                                               : 1;
+        case Grouping::Other:
+            break;
+    }
+    return length_by_locale(p, static_cast<std::size_t>(last - p));
+}
 
-    bool Reaches(const char* p) {
+// Start of the run of lead bytes directly in front of `p`, not in front of `first`.
+const char* lead_run(const CodePage& page, const char* first, const char* p) {
+    while (p != first && page.IsLead(static_cast<unsigned char>(p[-1]))) {
+        --p;
+    }
+    return p;
+}
+
+// A byte that is no lead byte ends its character, so behind it lead bytes pair off. `run` is the
+// start of the run of lead bytes in front of `p`, or a boundary inside that run.
+const char* start_by_parity(const char* run, const char* p) {
+    return (p - run) % 2 == 0 || *p == '\0' ? p : p - 1;
+}
+
+const char* utf8_start(const char* first, const char* p, const char* last) {
+    if (!is_utf8_continuation(*p)) {
+        return p;
+    }
+    for (std::ptrdiff_t back = 1; back <= 3 && back <= p - first; ++back) {
+        if (!is_utf8_continuation(p[-back])) {
+            const auto length = static_cast<std::ptrdiff_t>(utf8_length_in_range(p - back, last));
+            return length > back ? p - back : p;
+        }
+    }
+    return p;
+}
+
+// Tells of one place after the other, in rising order, whether a character starts there. All of
+// them together cost one walk at most.
+class Boundaries {
+public:
+    Boundaries(const CodePage& page, const char* first, const char* last)
+        : page_(page), first_(first), last_(last), known_(first) {}
+
+    bool Has(const char* p) {
         switch (page_.grouping) {
             case Grouping::SingleByte:
                 return true;
             case Grouping::Utf8:
-                return character_start(page_, at_, p, p + 1) == p;
-            case Grouping::DoubleByte:
-                return ReachesByParity(p);
+                return utf8_start(first_, p, last_) == p;
+            case Grouping::DoubleByte: {
+                const bool isStart = start_by_parity(lead_run(page_, known_, p), p) == p;
+                known_ = isStart ? p : p + 1;
+                return isStart;
+            }
             case Grouping::Other:
                 break;
         }
-        while (at_ < p) {
-            at_ += step(page_, at_);
+        while (known_ < p) {
+            known_ += length_in_range(page_, known_, last_);
         }
-        return at_ == p;
+        return known_ == p;
     }
 
 private:
-    /// The byte behind a byte that is no lead is a boundary, and from there leads pair off.
-    bool ReachesByParity(const char* p) {
-        const char* run = p;
-        while (run > at_ && page_.IsLead(static_cast<unsigned char>(run[-1]))) {
-            --run;
-        }
-        // A run that reaches back to a known boundary starts there or, had a pair ended behind it,
-        // one further: both are told by the place itself.
-        const bool isBoundary = (p - std::max(run, at_)) % 2 == 0;
-        if (isBoundary) {
-            at_ = p;
-        }
-        return isBoundary;
-    }
-
     const CodePage& page_;
-    const char* at_;
+    const char* first_;
+    const char* last_;
+    const char* known_;  // a boundary
 };
 
-/// Whether `test` holds for the code of a character of one byte at `p`.
-bool is_single(const CodePage& page, const char* p) {
-    return page.grouping == Grouping::SingleByte || step(page, p) == 1;
+// Whether each byte of this value is a character of its own.
+bool stands_alone(const CodePage& page, char byte) {
+    return page.grouping == Grouping::SingleByte || byte == '\0' ||
+           (page.grouping == Grouping::Utf8 && is_ascii(byte));
 }
 
-/// Whether the character at `p`, of `length` bytes, is one of the terminated set.
-bool set_has_character(const CodePage& page, const char* set, const char* p, std::size_t length) {
-    while (*set != '\0') {
-        const std::size_t step = _mbclen(page, set);
-        if (step == length && std::memcmp(set, p, length) == 0) {
-            return true;
-        }
-        set += step;
+const char* last_by_walk(const CodePage& page, const char* first, const char* last, char byte) {
+    const char* const end = find_last_unit(first, last, byte);
+    const char* found = nullptr;
+    for (const char* p = first; end != nullptr && p <= end;) {
+        const std::size_t length = length_in_range(page, p, last);
+        found = *p == byte && length == 1 ? p : found;
+        p += length;
     }
-    return false;
+    return found;
 }
 
-/// First character of the range whose membership in the set is `wanted`, or `last`.
-const char* find_member(const CodePage& page, const char* first, const char* last, const char* set,
-                        bool wanted) {
-    const ByteSet bytes(page, set);
-    if (page.grouping == Grouping::SingleByte) {
-        return std::find_if(first, last, [&](char ch) { return bytes.Has(ch) == wanted; });
-    }
-    while (first < last) {
-        if (is_ascii(static_cast<unsigned char>(*first))) {
-            if (bytes.Has(*first) == wanted) {
-                return first;
+// The characters of a terminated set.
+class CharacterSet {
+public:
+    CharacterSet(const CodePage& page, const char* set)
+        : page_(page), set_(set), bytes_(page, set) {
+        for (const char* p = set; *p != '\0';) {
+            const std::size_t length = _mbclen(page, p);
+            isAscii_ = isAscii_ && is_ascii(*p);
+            p += length;
+            if (length > 1) {
+                endings_[Ending(p[-1]) / 64] |= Bit(p[-1]);
             }
-            ++first;
-            continue;
         }
-        const std::size_t length = _mbclen(page, first);
-        const bool has =
-            length == 1 ? bytes.Has(*first) : set_has_character(page, set, first, length);
-        if (has == wanted) {
-            return first;
+    }
+
+    bool IsAscii() const { return isAscii_; }
+    const bool* Bytes() const { return bytes_.has; }
+
+    bool Has(const char* character, std::size_t length) const {
+        if (length == 1) {
+            return bytes_.Has(*character);
         }
-        first += length;
+        const char ending = character[length - 1];
+        return (endings_[Ending(ending) / 64] & Bit(ending)) != 0 && HasLong(character, length);
+    }
+
+private:
+    bool HasLong(const char* character, std::size_t length) const {
+        for (const char* p = set_; *p != '\0';) {
+            const std::size_t next = _mbclen(page_, p);
+            if (next == length && std::memcmp(p, character, length) == 0) {
+                return true;
+            }
+            p += next;
+        }
+        return false;
+    }
+
+    static std::size_t Ending(char byte) { return static_cast<unsigned char>(byte); }
+    static std::uint64_t Bit(char byte) { return std::uint64_t{1} << Ending(byte) % 64; }
+
+    const CodePage& page_;
+    const char* set_;
+    ByteSet bytes_;
+    bool isAscii_ = true;
+    // Last bytes of the longer characters: they tell most characters of a text from the set's.
+    std::uint64_t endings_[4] = {};
+};
+
+// The first character that is in the set or is not, as `wanted` says, or `last`.
+const char* find_by_set(const CodePage& page, const char* first, const char* last, const char* set,
+                        bool wanted) {
+    const CharacterSet characters(page, set);
+    if (page.grouping != Grouping::SingleByte && !characters.IsAscii()) {
+        for (const char* p = first; p != last;) {
+            const std::size_t length = length_in_range(page, p, last);
+            if (characters.Has(p, length) == wanted) {
+                return p;
+            }
+            p += length;
+        }
+        return last;
+    }
+    // In front of the first byte that is not wanted there are characters of one byte only; one that
+    // is wanted can be inside a character.
+    Boundaries boundaries(page, first, last);
+    const char* p = find_member(first, last, characters.Bytes(), wanted);
+    while (wanted && p != last && !boundaries.Has(p)) {
+        p = find_member(p + 1, last, characters.Bytes(), wanted);
+    }
+    return p;
+}
+
+const char* run_of_single_bytes(const char* first, const char* last, const bool* test) {
+    while (last != first && test[static_cast<unsigned char>(last[-1])]) {
+        --last;
     }
     return last;
+}
+
+const char* run_in_utf8(const char* first, const char* last, const bool* test) {
+    const char* const end = last;
+    while (last != first) {
+        const char* start = utf8_start(first, last - 1, end);
+        if (!test[static_cast<unsigned char>(*start)]) {
+            break;
+        }
+        last = start;
+    }
+    return last;
+}
+
+const char* run_of_double_bytes(const CodePage& page, const char* first, const char* last,
+                                const bool* test) {
+    const char* leads = last;  // where the last run of lead bytes that was met starts
+    while (last != first) {
+        const char* const p = last - 1;
+        leads = leads < p ? leads : lead_run(page, first, p);
+        const char* start = start_by_parity(leads, p);
+        if (!test[static_cast<unsigned char>(*start)]) {
+            break;
+        }
+        last = start;
+    }
+    return last;
+}
+
+const char* run_by_walk(const CodePage& page, const char* first, const char* last,
+                        const bool* test) {
+    const char* run = last;
+    for (const char* p = first; p != last;) {
+        if (!test[static_cast<unsigned char>(*p)]) {
+            run = last;
+        } else if (run == last) {
+            run = p;
+        }
+        p += length_in_range(page, p, last);
+    }
+    return run;
 }
 
 }  // namespace
 
 const char* _mbschr(const CodePage& page, const char* first, const char* last,
                     unsigned char byte) noexcept {
-    const char* hit = find_unit(first, last, static_cast<char>(byte));
-    if (page.grouping == Grouping::SingleByte ||
-        (page.grouping == Grouping::Utf8 && is_ascii(byte))) {
-        return hit == last ? nullptr : hit;
+    const char unit = static_cast<char>(byte);
+    const char* hit = find_unit(first, last, unit);
+    if (stands_alone(page, unit)) {
+        return hit != last ? hit : nullptr;
     }
-    BoundaryWalk walk(page, first);
-    while (hit != last && !(walk.Reaches(hit) && is_single(page, hit))) {
-        hit = find_unit(hit + 1, last, static_cast<char>(byte));
+    Boundaries boundaries(page, first, last);
+    while (hit != last && !(boundaries.Has(hit) && length_in_range(page, hit, last) == 1)) {
+        hit = find_unit(hit + 1, last, unit);
     }
-    return hit == last ? nullptr : hit;
+    return hit != last ? hit : nullptr;
 }
 
 const char* _mbsrchr(const CodePage& page, const char* first, const char* last,
                      unsigned char byte) noexcept {
-    const char* hit = find_last_unit(first, last, static_cast<char>(byte));
-    if (page.grouping == Grouping::Other) {
-        const char* found = nullptr;
-        for (const char* p = first; p < last; p += step(page, p)) {
-            found = static_cast<unsigned char>(*p) == byte && step(page, p) == 1 ? p : found;
-        }
-        return found;
+    const char unit = static_cast<char>(byte);
+    if (page.grouping == Grouping::Other && !stands_alone(page, unit)) {
+        return last_by_walk(page, first, last, unit);
     }
-    while (hit != nullptr &&
-           !(character_start(page, first, hit, last) == hit && is_single(page, hit))) {
-        hit = find_last_unit(first, hit, static_cast<char>(byte));
+    const char* hit = find_last_unit(first, last, unit);
+    if (stands_alone(page, unit)) {
+        return hit;
+    }
+    // The length first: it keeps the runs of lead bytes that are walked back over apart.
+    while (hit != nullptr && !(length_in_range(page, hit, last) == 1 &&
+                               character_start(page, first, hit, last) == hit)) {
+        hit = find_last_unit(first, hit, unit);
     }
     return hit;
 }
 
 const char* _mbsstr(const CodePage& page, const char* first, const char* last, const char* text,
                     std::size_t count) noexcept {
-    const char* hit = find_text(first, last, text, count);
-    if (page.grouping == Grouping::SingleByte || hit == nullptr || count == 0 ||
-        (page.grouping == Grouping::Utf8 && is_ascii(static_cast<unsigned char>(*text)))) {
-        return hit;
+    if (count == 0 || page.grouping == Grouping::SingleByte ||
+        (page.grouping == Grouping::Utf8 && !is_utf8_continuation(*text))) {
+        return find_text(first, last, text, count);
     }
-    BoundaryWalk walk(page, first);
-    while (hit != nullptr && !walk.Reaches(hit)) {
-        hit = find_text(hit + 1, last, text, count);
+    Boundaries boundaries(page, first, last);
+    TextSearch<char> search(first, last, text, count);
+    const char* hit = search.Next();
+    while (hit != nullptr && !boundaries.Has(hit)) {
+        hit = search.Next();
     }
     return hit;
 }
 
 const char* _mbspbrk(const CodePage& page, const char* first, const char* last,
                      const char* set) noexcept {
-    const char* hit = find_member(page, first, last, set, true);
-    return hit == last ? nullptr : hit;
+    const char* hit = find_by_set(page, first, last, set, true);
+    return hit != last ? hit : nullptr;
 }
 
 std::size_t _mbsspn(const CodePage& page, const char* first, const char* last,
                     const char* set) noexcept {
-    return static_cast<std::size_t>(find_member(page, first, last, set, false) - first);
+    return static_cast<std::size_t>(find_by_set(page, first, last, set, false) - first);
 }
 
 std::size_t _mbscspn(const CodePage& page, const char* first, const char* last,
                      const char* set) noexcept {
-    return static_cast<std::size_t>(find_member(page, first, last, set, true) - first);
+    return static_cast<std::size_t>(find_by_set(page, first, last, set, true) - first);
 }
 
 std::size_t _mbclen(const CodePage& page, const char* p) noexcept {
+    if (is_ascii(*p)) {
+        return 1;
+    }
     switch (page.grouping) {
         case Grouping::SingleByte:
             return 1;
@@ -189,7 +336,7 @@ std::size_t _mbclen(const CodePage& page, const char* p) noexcept {
         case Grouping::Other:
             break;
     }
-    return is_ascii(static_cast<unsigned char>(*p)) ? 1 : locale_length(p);
+    return length_by_locale(p, MB_LEN_MAX);
 }
 
 const char* _mbsinc(const CodePage& page, const char* p) noexcept {
@@ -201,7 +348,7 @@ int _mbsnbcmp(const char* left, const char* right, std::size_t count) noexcept {
 }
 
 bool _ismbcspace(unsigned int value) noexcept {
-    return value < 0x100 && ((*__ctype_b_loc())[value] & _ISspace) != 0;
+    return value <= UCHAR_MAX && std::isspace(static_cast<int>(value)) != 0;
 }
 
 bool _ismbcdigit(unsigned int value) noexcept {
@@ -220,61 +367,41 @@ ByteSet::ByteSet(const CodePage& page, const char* set) noexcept : has() {
 
 const char* character_start(const CodePage& page, const char* first, const char* p,
                             const char* last) noexcept {
-    static_cast<void>(last);
+    if (p == last) {
+        return last;
+    }
     switch (page.grouping) {
         case Grouping::SingleByte:
             return p;
         case Grouping::Utf8:
-            for (std::size_t back = std::min<std::size_t>(3, static_cast<std::size_t>(p - first));
-                 back > 0; --back) {
-                if (utf8_length(p - back) > back) {
-                    return p - back;
-                }
-            }
-            return p;
-        case Grouping::DoubleByte: {
-            const char* run = p;
-            while (run > first && page.IsLead(static_cast<unsigned char>(run[-1]))) {
-                --run;
-            }
-            return (p - run) % 2 == 0 || *p == '\0' ? p : p - 1;
-        }
+            return utf8_start(first, p, last);
+        case Grouping::DoubleByte:
+            return start_by_parity(lead_run(page, first, p), p);
         case Grouping::Other:
             break;
     }
-    while (first < p) {
-        const std::size_t length = step(page, first);
-        if (first + length > p) {
-            break;
+    for (const char* start = first;;) {
+        const std::size_t length = length_in_range(page, start, last);
+        if (start + length > p) {
+            return start;
         }
-        first += length;
+        start += length;
     }
-    return first;
 }
 
 const char* trailing_run(const CodePage& page, const char* first, const char* last,
                          const bool* test) noexcept {
-    const auto passes = [test](const char* p) { return test[static_cast<unsigned char>(*p)]; };
-    const char* run = last;
-    if (page.grouping == Grouping::SingleByte || page.grouping == Grouping::Utf8) {
-        while (run != first) {
-            const char* start = character_start(page, first, run - 1, last);
-            if (!passes(start)) {
-                break;
-            }
-            run = start;
-        }
-        return run;
+    switch (page.grouping) {
+        case Grouping::SingleByte:
+            return run_of_single_bytes(first, last, test);
+        case Grouping::Utf8:
+            return run_in_utf8(first, last, test);
+        case Grouping::DoubleByte:
+            return run_of_double_bytes(page, first, last, test);
+        case Grouping::Other:
+            break;
     }
-    run = nullptr;
-    for (const char* p = first; p < last; p += step(page, p)) {
-        if (!passes(p)) {
-            run = nullptr;
-        } else if (run == nullptr) {
-            run = p;
-        }
-    }
-    return run == nullptr ? last : run;
+    return run_by_walk(page, first, last, test);
 }
 
 }  // namespace platform

@@ -18,6 +18,10 @@ const Unit* find_last_unit(const Unit* first, const Unit* last, Unit unit) noexc
 template <class Unit>
 std::size_t count_unit(const Unit* first, const Unit* last, Unit unit) noexcept;
 
+/// First byte whose entry in `members`, a table of 256, is `wanted`; `last` if there is none.
+const char* find_member(const char* first, const char* last, const bool* members,
+                        bool wanted) noexcept;
+
 /// First occurrence of the `count` units at `text`, or null. An empty text is found at `first`.
 template <class Unit>
 const Unit* find_text(const Unit* first, const Unit* last, const Unit* text,

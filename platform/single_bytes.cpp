@@ -3,8 +3,16 @@
 #include <ctype.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 namespace platform {
+namespace {
+
+constexpr std::ptrdiff_t kStep = sizeof(std::uint64_t);
+
+}  // namespace
 
 bool isspace(char byte) noexcept {
     return ByteClass::Space().Has(byte);
@@ -79,18 +87,39 @@ ByteClass ByteClass::Lower() noexcept {
 }
 
 bool all_in_class(ByteClass members, const char* first, const char* last) noexcept {
+    for (; last - first >= kStep; first += kStep) {
+        bool isAll = true;
+        for (std::ptrdiff_t i = 0; i < kStep; ++i) {
+            isAll &= members.Has(first[i]);
+        }
+        if (!isAll) {
+            return false;
+        }
+    }
     return std::all_of(first, last, [members](char byte) { return members.Has(byte); });
 }
 
 char* remove_class(ByteClass members, char* first, char* last) noexcept {
-    // Every byte is stored and the end moves only behind those that stay: no branch to mispredict.
-    char* end = first;
-    for (; first != last; ++first) {
-        const char byte = *first;
-        *end = byte;
-        end += members.Has(byte) ? 0 : 1;
+    const auto isMember = [members](char byte) { return members.Has(byte); };
+    const char* read = std::find_if(first, last, isMember);
+    char* write = first + (read - first);
+    // Every byte is stored and then stepped over or not, since a branch would often be guessed
+    // wrong. Bytes come from a word, since a store may have changed the next one in memory.
+    for (; last - read >= kStep; read += kStep) {
+        std::uint64_t word;
+        std::memcpy(&word, read, sizeof word);
+        for (int bit = 0; bit < 64; bit += 8) {
+            const char byte = static_cast<char>(word >> bit);
+            *write = byte;
+            write += isMember(byte) ? 0 : 1;
+        }
     }
-    return end;
+    for (; read != last; ++read) {
+        const char byte = *read;
+        *write = byte;
+        write += isMember(byte) ? 0 : 1;
+    }
+    return write;
 }
 
 }  // namespace platform
