@@ -617,7 +617,7 @@ private:
     KELM_LOCAL int ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart,
                                long long nLimit);
     template <class FindNext>
-    int RemoveEach(int nLen, FindNext find);
+    KELM_LOCAL int RemoveEach(int nLen, FindNext find);
     KELM_LOCAL int RemoveJoining(const Kelm& upper, bool bFoldInPlace);
     KELM_LOCAL void TakeRest(int nHits, int nHit, int nRest, const char* pchRest);
     KELM_LOCAL void OpenGap(int nIndex, int nCount);
@@ -1175,7 +1175,7 @@ private:
     KELM_LOCAL void CutLeft(const char16_t* pchFirst);
     KELM_LOCAL int CutRight(const char16_t* pchEnd);
     template <class Test>
-    void TrimRightWhere(Test test);
+    KELM_LOCAL void TrimRightWhere(Test test);
     KELM_LOCAL void ReplaceHits(int nHits, int nOld, const char16_t* pchOld, int nNew,
                                 const char16_t* pchNew);
     KELM_LOCAL int RemoveJoining(int nUpper, const char16_t* pchUpper);
