@@ -1,0 +1,97 @@
+#include <cerrno>
+#include <climits>
+#include <string>
+
+#include "locales.h"
+#include "twins.h"
+
+template <class T>
+class Formatting : public ::testing::Test {};
+TYPED_TEST_SUITE(Formatting, Twins);
+
+TYPED_TEST(Formatting, TakesTheBlockOfTheEstimate) {
+    Open<TypeParam> text;
+    text.Format(T_(""));
+    EXPECT_EQ(text.Refs(), -1);
+    text.Format(T_("%d"), 5);
+    EXPECT_TRUE(text == T_("5") && text.GetAllocLength() == 32 && text.Refs() == 1);
+    const auto* place = text.GetBuffer(100);
+    text.Format(T_("%d|%s"), -7, T_("x"));
+    EXPECT_TRUE(text == T_("-7|x") && text.constBuffer() == place && text.GetAllocLength() == 100);
+    text.Format(T_(""));
+    EXPECT_TRUE(text.IsEmpty() && text.constBuffer() == place);
+    Open<TypeParam> shared(T_("hello"));
+    const Open<TypeParam> other(shared);
+    shared.Format(T_(""));
+    EXPECT_TRUE(shared.IsEmpty() && shared.GetAllocLength() == 5 && other == T_("hello"));
+    const Open<TypeParam> made(Open<TypeParam>::FromFormat(T_("%s"), T_("abc")));
+    EXPECT_TRUE(made == T_("abc") && made.GetAllocLength() == 3 && made.Refs() == 1);
+    EXPECT_EQ(Open<TypeParam>(Open<TypeParam>::FromFormat(T_(""))).Refs(), -1);
+    EXPECT_EQ(Open<TypeParam>::FromFormat(T_("%.0s"), T_("abc")).GetAllocLength(), 3);
+}
+
+TYPED_TEST(Formatting, AppendsBehindTheOldText) {
+    Open<TypeParam> text(T_("ab"));
+    const Open<TypeParam> other(text);
+    text.AppendFormat(T_("%d"), 7);
+    EXPECT_TRUE(text == T_("ab7") && text.GetAllocLength() == 34 && other == T_("ab"));
+    text.AppendFormat(T_("%c%d"), 0, 8);
+    EXPECT_TRUE(text == T_("ab7") && text.GetLength() == 3);
+    text.SetAt(1, 0);
+    text.AppendFormat(T_("%d"), 9);
+    EXPECT_EQ(text.GetLength(), 1);
+}
+
+TYPED_TEST(Formatting, NeverCutsWhereTheEstimateIsShort) {
+    using String = typename Twin<TypeParam>::String;
+    Open<TypeParam> text(T_("ab"));
+    text.AppendFormat(T_("%400f"), 1.5);
+    EXPECT_EQ(text.GetLength(), 402);
+    EXPECT_EQ(text.GetAllocLength(), 402);
+    EXPECT_EQ(whole(text).substr(0, 2), String(T_("ab")));
+    text.Format(T_("%f"), -1.7976931348623157e308);
+    EXPECT_EQ(text.GetLength(), 317);
+    text.Format(T_("%.40d"), INT_MIN);
+    EXPECT_EQ(text.GetLength(), 41);
+    text.Format(T_("%.150e"), 1e-300);
+    EXPECT_EQ(text.GetLength(), 157);
+}
+
+TEST(Format, OtherWidths) {
+    Open<Kelm> narrow;
+    narrow.Format("%S|%ls|%hs|%C|%s", u"\u20AC\u20AC\u20AC", u"w", "n", 0x20AC,
+                  static_cast<const char*>(nullptr));
+    EXPECT_STREQ(narrow, "\xE2\x82\xAC\xE2\x82\xAC\xE2\x82\xAC|w|n|\xE2\x82\xAC|(null)");
+    Open<WString> wide;
+    wide.Format(u"%S|%ls|%hs|%c|%C|%.3s", "\xE2\x82\xAC", u"w", "n", u'\u20AC', 'c',
+                static_cast<const char16_t*>(nullptr));
+    EXPECT_TRUE(wide == u"\u20AC|w|n|\u20AC|c|(nu");
+    const LocaleScope locale("ja_JP.SHIFT_JIS");
+    narrow.Format("%S\x83%|%d", u"\u30AB", 1);
+    EXPECT_STREQ(narrow, "\x83\x4A\x83%|1");
+}
+
+TEST(Format, OfASystemError) {
+    Open<Kelm> text("old");
+    text.FormatMsg(5, "%s", "open");
+    EXPECT_STREQ(text, "open <Error Code=5 (0x5)>, Input/output error");
+    EXPECT_GE(text.GetAllocLength(), 2048);
+    errno = ENOENT;
+    text.FormatMsg(0, "x");
+    EXPECT_STREQ(text, "x <Error Code=2 (0x2)>, No such file or directory");
+    text.FormatMsg(0x80000005, "x");
+    EXPECT_STREQ(text, "x <Error Code=-2147483643 (0x80000005)>, ");
+    const Kelm longest = Kelm::FromRepeat('x', 2100);
+    text.FormatMsg(5, "%s", longest.constBuffer());
+    EXPECT_STREQ(text, longest + " <Error Code=5 (0x5)>, ");
+    const Kelm edge = Kelm::FromRepeat('x', 2048 - 25 - 18);
+    text.FormatMsg(5, "%s", edge.constBuffer());
+    EXPECT_LE(text.GetLength(), 2048);
+}
+
+TEST(Format, LeavesErrnoAlone) {
+    errno = 42;
+    Kelm text;
+    text.Format("%g %S %.300f", 1.5, u"\xD800", 1e300);
+    EXPECT_EQ(errno, 42);
+}
