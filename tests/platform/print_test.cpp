@@ -30,7 +30,7 @@ std::vector<std::string> options(const std::vector<std::string>& precisions) {
         for (int bit = 0; bit < 5; ++bit) {
             text.append(flags >> bit & 1, "#-+ 0"[bit]);
         }
-        for (const char* width : {"", "1", "7", "45"}) {
+        for (const char* width : {"", "7", "45"}) {
             for (const std::string& precision : precisions) {
                 result.push_back(text + width + precision);
             }
@@ -52,11 +52,9 @@ void compare(const std::string& format, const std::string& cFormat, Value value)
 }
 
 TEST(Print, IntegersAsTheCLibraryDoes) {
-    const long long values[] = {0,        1,         -1,        9,        10,      99,
-                                100,      -12345,    65535,     32768,    INT_MAX, INT_MIN,
-                                UINT_MAX, 1LL << 40, INT64_MAX, INT64_MIN};
-    const char* const prefixes[][2] = {{"", ""},   {"I32", ""},   {"l", ""},
-                                       {"h", "h"}, {"I64", "ll"}, {"F", ""}};
+    const long long values[] = {0,       1,       -1,        99,        -12345,   65535,
+                                INT_MAX, INT_MIN, 1LL << 40, INT64_MAX, INT64_MIN};
+    const char* const prefixes[][2] = {{"", ""}, {"I32", ""}, {"l", ""}, {"h", "h"}, {"I64", "ll"}};
     for (const std::string& option : options({"", ".", ".0", ".1", ".12", ".40"})) {
         for (const auto& prefix : prefixes) {
             for (const char letter : {'d', 'i', 'o', 'u', 'x', 'X'}) {
@@ -127,7 +125,7 @@ TEST(Print, RandomNumbersAsTheCLibraryDoes) {
     };
     const char* const formats[] = {"%g",    "%.17g", "%f",   "%.2f", "%e",
                                    "%.15g", "%.3f",  "%.0f", "%.9e"};
-    for (int round = 0; round < 60000; ++round) {
+    for (int round = 0; round < 20000; ++round) {
         const std::uint64_t bits = next();
         double value;
         std::memcpy(&value, &bits, sizeof value);
