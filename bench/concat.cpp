@@ -47,10 +47,9 @@ void PlusChar(Workload& work) {
 /// As many characters as the size says, one at a time, into room that is there.
 void AppendChar(Workload& work) {
     int size = work.Size();
-    Kelm room;
-    room.GetBuffer(size);
-    work.Add("kelm", [room, size]() mutable {
-        room.GetBufferSetLength(0);
+    work.Add("kelm", [size, room = Kelm()]() mutable {
+        room.GetBuffer(size);
+        room.ReleaseBuffer(0);
         for (int i = 0; i < size; i++)
             room.Append(static_cast<char>('a' + (i & 15)));
         return room[size - 1];
@@ -77,10 +76,9 @@ void AppendChar(Workload& work) {
 
 void AppendCharWide(Workload& work) {
     int size = work.Size();
-    WString room;
-    room.GetBuffer(size);
-    work.Add("kelm", [room, size]() mutable {
-        room.GetBufferSetLength(0);
+    work.Add("kelm", [size, room = WString()]() mutable {
+        room.GetBuffer(size);
+        room.ReleaseBuffer(0);
         for (int i = 0; i < size; i++)
             room.Append(static_cast<char16_t>(u'a' + (i & 15)));
         return room[size - 1];
@@ -99,10 +97,9 @@ void AppendCharWide(Workload& work) {
 void AppendText(Workload& work) {
     int pieces = work.Size() / 12;
     std::string piece = Words(12);
-    Kelm room;
-    room.GetBuffer(12 * pieces);
-    work.Add("kelm", [room, piece, pieces]() mutable {
-        room.GetBufferSetLength(0);
+    work.Add("kelm", [piece, pieces, room = Kelm()]() mutable {
+        room.GetBuffer(12 * pieces);
+        room.ReleaseBuffer(0);
         for (int i = 0; i < pieces; i++)
             room += piece.c_str();
         return room.GetLength();

@@ -73,7 +73,6 @@ const Growth kGrowths[] = {
     {"nc_replace_all_hits", AllPairs, [](Kelm& v) { v.NCReplace("ab", "xyz"); }},
     {"nc_replace_no_hits", OneLetter, [](Kelm& v) { v.NCReplace("AAAAAAAAAAAAAAAB", "x"); }},
     {"nc_replace_joining", Nested, [](Kelm& v) { v.NCReplace("AB", "b"); }},
-    {"nc_replace_met_again", Usual, [](Kelm& v) { v.NCReplace("NEEDLE", "Needles"); }},
     {"nc_remove_usual", TwoCases, [](Kelm& v) { v.NCRemove("NEEDLE"); }},
     {"nc_remove_all_hits", AllPairs, [](Kelm& v) { v.NCRemove("AB"); }},
     {"nc_remove_no_hits", OneLetter, [](Kelm& v) { v.NCRemove("AAAAAAAAAAAAAAAB"); }},

@@ -48,7 +48,7 @@ void MixedText(Workload& work) {
     static std::string text;
     text = Words(work.Size());
     AddPrinters(work, "%s: %d of %u at 0x%x, %8.2f %%, %-10s|", text.c_str(), -4711, 65000U,
-                0xBEEFU, 99.125, "end");
+                0xBEEFU, 99.126, "end");
 }
 
 void Integers(Workload& work) {
@@ -121,17 +121,17 @@ public:
 };
 
 void WideMixed(Workload& work) {
-    work.Add("kelm", [number = -4711, real = 99.125] {
+    work.Add("kelm", [number = -4711, real = 99.126] {
         return Printer::FromFormat(u"%d of %u at 0x%x, %8.2f %%, %S", number, 65000U, 0xBEEFU, real,
                                    "end");
     });
 #ifdef BENCH_QT
-    work.Add("qt", [number = -4711, real = 99.125] {
+    work.Add("qt", [number = -4711, real = 99.126] {
         return QString::asprintf("%d of %u at 0x%x, %8.2f %%, %s", number, 65000U, 0xBEEFU, real,
                                  "end");
     });
 #endif
-    work.Add("snprintf_widened", [number = -4711, real = 99.125] {
+    work.Add("snprintf_widened", [number = -4711, real = 99.126] {
         std::string text =
             Print("%d of %u at 0x%x, %8.2f %%, %s", number, 65000U, 0xBEEFU, real, "end");
         return std::u16string(text.begin(), text.end());

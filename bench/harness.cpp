@@ -14,6 +14,14 @@ constexpr const char* kUsualLocale = "C.UTF-8";
     std::fprintf(stderr, "%s\n", message.c_str());
     std::exit(1);
 }
+
+/// For a message: the length and what of the beginning is ASCII.
+std::string Start(const Answer& answer) {
+    std::string text = std::to_string(answer.size()) + " units \"";
+    for (char16_t unit : answer.substr(0, 100))
+        text += unit >= u' ' && unit < 0x7F ? static_cast<char>(unit) : '?';
+    return text + '"';
+}
 }  // namespace
 
 Workload::~Workload() {
@@ -36,8 +44,8 @@ void Workload::Expect(const char* implementation, const Answer& answer) {
         answer_ = answer;
         firstImplementation_ = implementation;
     } else if (*answer_ != answer) {
-        Fail(name_ + "/" + SizeName() + ": " + implementation + " and " + firstImplementation_ +
-             " disagree");
+        Fail(name_ + "/" + SizeName() + ": " + implementation + " gives " + Start(answer) + ", " +
+             firstImplementation_ + " " + Start(*answer_));
     }
 }
 
