@@ -7,9 +7,7 @@
 #include <cmath>
 
 #include "conversion.h"
-#include "everyday_float.h"
 #include "print.h"
-#include "print_integer.h"
 
 namespace platform {
 
@@ -45,20 +43,6 @@ FloatText::FloatText(double magnitude, char letter, int precision, bool keepsZer
 }
 
 void FloatText::SetFixed(double magnitude, int precision) noexcept {
-    FixedDigits fixed;
-    if (!everyday_fixed(magnitude, precision, fixed)) {
-        SetLongFixed(magnitude, precision);
-        return;
-    }
-    whole = {buffer_, static_cast<std::size_t>(print_integer(buffer_, fixed.integer))};
-    // A leading 1 keeps the zeros behind it.
-    const auto count = static_cast<std::size_t>(precision);
-    char* const first = buffer_ + kMaxWhole;
-    print_integer(first, kPowersOfTen[count] + fixed.fraction);
-    fraction = {first + 1, count};
-}
-
-void FloatText::SetLongFixed(double magnitude, int precision) noexcept {
     const int digits = std::min(precision, kMaxDigits);
     const char* end =
         std::to_chars(buffer_, std::end(buffer_), magnitude, std::chars_format::fixed, digits).ptr;
@@ -70,17 +54,6 @@ void FloatText::SetLongFixed(double magnitude, int precision) noexcept {
 
 /// Sets the first digits; the result is the power of ten that the first of them counts.
 int FloatText::SetDigits(double magnitude, long long count) noexcept {
-    LeadingDigits leading;
-    if (count > kEverydayPrecision ||
-        !everyday_leading(magnitude, static_cast<int>(count), leading)) {
-        return SetManyDigits(magnitude, count);
-    }
-    char* const first = buffer_ + kFront;
-    digits_ = {first, static_cast<std::size_t>(print_integer(first, leading.digits))};
-    return leading.tens;
-}
-
-int FloatText::SetManyDigits(double magnitude, long long count) noexcept {
     const int digits = static_cast<int>(std::min<long long>(count, kMaxDigits));
     zeros = static_cast<std::size_t>(count - digits);
     char* const first = buffer_ + kFront;

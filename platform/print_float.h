@@ -32,9 +32,7 @@ private:
     static constexpr int kFront = 8;  // for zeros in front of the digits
 
     void SetFixed(double magnitude, int precision) noexcept;
-    void SetLongFixed(double magnitude, int precision) noexcept;
     int SetDigits(double magnitude, long long count) noexcept;
-    int SetManyDigits(double magnitude, long long count) noexcept;
     void SetScientific(int tens, char letter) noexcept;
     void SetGeneral(int tens, int precision, char letter) noexcept;
     void DropZeros() noexcept;
