@@ -2,7 +2,6 @@
 #include <wctype.h>
 
 #include <algorithm>
-#include <cstring>
 #include <optional>
 
 #include "page_loads.h"
@@ -18,30 +17,19 @@ constexpr char16_t kFirstNonAscii = 0x80;
 constexpr char16_t kCaseBit = 0x20;
 constexpr char16_t kLetters = 26;
 
-using UnitMap = char16_t (*)(char16_t) noexcept;
-
-char16_t space_map(char16_t unit) noexcept {
-    return iswspace(unit);
-}
-
-char16_t punctuation_map(char16_t unit) noexcept {
-    return iswpunct(unit);
-}
-
-char16_t control_map(char16_t unit) noexcept {
-    return iswcntrl(unit);
-}
-
 // What the locale says of units, for a walk over many of them: the C library is slow to answer, so
 // a unit that comes again is not asked for again.
+template <class Answer>
 class Answers {
 public:
-    explicit Answers(UnitMap ask) : ask_(ask) {
+    using Ask = Answer (*)(char16_t) noexcept;
+
+    explicit Answers(Ask ask) : ask_(ask) {
         // No unit is filed under another's slot, so this slot starts out as unknown as the others.
         unit_[0] = 1;
     }
 
-    char16_t operator()(char16_t unit) {
+    Answer operator()(char16_t unit) {
         const std::size_t slot = unit % kSlots;
         if (unit_[slot] != unit) {
             unit_[slot] = unit;
@@ -53,10 +41,13 @@ public:
 private:
     static constexpr std::size_t kSlots = 256;
 
-    UnitMap ask_;
+    Ask ask_;
     char16_t unit_[kSlots] = {};
-    char16_t answer_[kSlots];
+    Answer answer_[kSlots];
 };
+
+using Folds = Answers<char16_t>;
+using Membership = Answers<bool>;
 
 Units letter_lanes(Units units, char16_t firstLetter) {
     return reinterpret_cast<Units>(units - splat_lanes(firstLetter) < splat_lanes(kLetters));
@@ -89,7 +80,7 @@ public:
     }
 
 private:
-    Folder(UnitMap fold, const std::int32_t* bytes, char16_t firstLetter)
+    Folder(Folds::Ask fold, const std::int32_t* bytes, char16_t firstLetter)
         : fold_(fold), firstLetter_(firstLetter), isUsual_(true) {
         for (std::int32_t letter = firstLetter; letter < firstLetter + kLetters; ++letter) {
             isUsual_ &= bytes[letter] == (letter ^ kCaseBit);
@@ -99,10 +90,10 @@ private:
         isUsual_ = isUsual_ && fold(i) == (i ^ kCaseBit);
     }
 
-    UnitMap fold_;
+    Folds::Ask fold_;
     char16_t firstLetter_;
     bool isUsual_;
-    std::optional<Answers> answers_;
+    std::optional<Folds> answers_;
 };
 
 void fold_units(char16_t* first, char16_t* last, Folder fold) {
@@ -123,64 +114,90 @@ void fold_units(char16_t* first, char16_t* last, Folder fold) {
     }
 }
 
-// A class of units. The locale is asked for it; what it hardly ever holds is one run of ASCII.
+// A class of units; what the locale hardly ever puts into it is one run of ASCII.
 struct Members {
-    UnitMap isMember;
+    Membership::Ask isMember;
     char16_t firstOther;
     char16_t lastOther;
 };
 
-constexpr Members kSpace{space_map, u'!', u'~'};
-constexpr Members kPunctuation{punctuation_map, u'a', u'z'};
-constexpr Members kControl{control_map, u' ', u'~'};
+constexpr Members kSpace{iswspace, u'!', u'~'};
+constexpr Members kPunctuation{iswpunct, u'a', u'z'};
+constexpr Members kControl{iswcntrl, u' ', u'~'};
 
-// Long enough that asking for every unit of such a run does not show.
+// So short that hardly a unit comes again.
+constexpr std::ptrdiff_t kShortText = 32;
+
+// Long enough that asking for all of ASCII in advance does not show.
 constexpr std::ptrdiff_t kLongText = 4096;
 
-bool has_no_other(Members members) {
-    for (char16_t unit = members.firstOther; unit <= members.lastOther; ++unit) {
-        if (members.isMember(unit) != 0) {
-            return false;
-        }
-    }
-    return true;
-}
+class Removal {
+public:
+    Removal(char16_t* first, char16_t* last, Members members)
+        : next_(first), last_(last), end_(first), members_(members) {}
 
-// The first unit from `first` that starts a vector in which there may be members.
-const char16_t* skip_others(const char16_t* first, const char16_t* last, Members members) {
-    const Units firstOther = splat_lanes(members.firstOther);
-    const Units span = splat_lanes(static_cast<char16_t>(members.lastOther - members.firstOther));
-    while (last - first >= kLanes &&
-           !has_hit(reinterpret_cast<Units>(load_lanes(first) - firstOther > span))) {
-        first += kLanes;
+    char16_t* Run() {
+        if (last_ - next_ < kShortText) {
+            RunByUnits(last_, members_.isMember);
+            return end_;
+        }
+        Membership answers(members_.isMember);
+        if (last_ - next_ >= kLongText) {
+            RunByVectors(answers);
+        }
+        RunByUnits(last_, answers);
+        return end_;
     }
-    return first;
-}
 
-char16_t* remove_members(char16_t* first, char16_t* last, Members members) {
-    const bool skips = last - first >= kLongText && has_no_other(members);
-    Answers isMember(members.isMember);
-    char16_t* end = first;
-    while (first != last) {
-        if (skips) {
-            const std::ptrdiff_t length = skip_others(first, last, members) - first;
-            std::memmove(end, first, static_cast<std::size_t>(length) * sizeof(char16_t));
-            end += length;
-            first += length;
+private:
+    void RunByVectors(Membership& answers) {
+        bool isAsciiMember[kFirstNonAscii];
+        for (char16_t unit = 0; unit < kFirstNonAscii; ++unit) {
+            isAsciiMember[unit] = members_.isMember(unit);
         }
-        const char16_t* const stop = first + std::min(kLanes, last - first);
-        // Nothing is stored in its own place: that costs the processor more than the question.
-        for (; first != stop && end == first; ++first) {
-            end += isMember(*first) == 0;
+        if (std::any_of(isAsciiMember + members_.firstOther, isAsciiMember + members_.lastOther + 1,
+                        [](bool isMember) { return isMember; })) {
+            return;
         }
-        for (; first != stop; ++first) {
-            const char16_t unit = *first;
-            *end = unit;
-            end += isMember(unit) == 0;
+        const auto isMember = [&](char16_t unit) -> bool {
+            return unit < kFirstNonAscii ? isAsciiMember[unit] : answers(unit);
+        };
+        const Units firstOther = splat_lanes(members_.firstOther);
+        const Units span =
+            splat_lanes(static_cast<char16_t>(members_.lastOther - members_.firstOther));
+        while (last_ - next_ >= kLanes) {
+            const Units units = load_lanes(next_);
+            if (has_hit(reinterpret_cast<Units>(units - firstOther > span))) {
+                RunByUnits(next_ + kLanes, isMember);
+                continue;
+            }
+            // The end is never behind what is read next, so a whole vector may be stored.
+            if (end_ != next_) {
+                store_lanes(end_, units);
+            }
+            next_ += kLanes;
+            end_ += kLanes;
         }
     }
-    return end;
-}
+
+    // A unit is not stored in its own place, which would cost more than the question.
+    template <class IsMember>
+    void RunByUnits(const char16_t* stop, IsMember& isMember) {
+        for (; next_ != stop && end_ == next_; ++next_) {
+            end_ += isMember(*next_) ? 0 : 1;
+        }
+        for (; next_ != stop; ++next_) {
+            const char16_t unit = *next_;
+            *end_ = unit;
+            end_ += isMember(unit) ? 0 : 1;
+        }
+    }
+
+    const char16_t* next_;
+    const char16_t* last_;
+    char16_t* end_;
+    Members members_;
+};
 
 // The lanes that may hold what folds to one unit: the unit, its lower-case partner, and everything
 // whose fold only the locale knows.
@@ -383,15 +400,15 @@ const char16_t* find_folded(const char16_t* first, const char16_t* last, const c
 }
 
 char16_t* remove_space(char16_t* first, char16_t* last) noexcept {
-    return remove_members(first, last, kSpace);
+    return Removal(first, last, kSpace).Run();
 }
 
 char16_t* remove_punctuation(char16_t* first, char16_t* last) noexcept {
-    return remove_members(first, last, kPunctuation);
+    return Removal(first, last, kPunctuation).Run();
 }
 
 char16_t* remove_control(char16_t* first, char16_t* last) noexcept {
-    return remove_members(first, last, kControl);
+    return Removal(first, last, kControl).Run();
 }
 
 }  // namespace platform
