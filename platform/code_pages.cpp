@@ -1,6 +1,7 @@
 #include "code_pages.h"
 
 #include <langinfo.h>
+#include <locale.h>
 
 #include <algorithm>
 #include <array>
@@ -324,6 +325,18 @@ const CodePage* nameless_row() {
     return current_grouping() == Grouping::SingleByte ? &kSingle : &kOther;
 }
 
+/// The name that the C library has for the C locale, which nobody frees: known by its address.
+const char* c_locale_name() {
+    static constinit std::atomic<const char*> name;
+    const char* known = name.load(std::memory_order_relaxed);
+    if (known == nullptr) {
+        // "C" is built in: this allocates nothing, and there is nothing to free.
+        known = nl_langinfo_l(CODESET, newlocale(LC_ALL_MASK, "C", nullptr));
+        name.store(known, std::memory_order_relaxed);
+    }
+    return known;
+}
+
 // The last answer. It is compared by its text, never by the address of the locale's name, which a
 // freed locale hands on to the next one.
 constinit std::atomic<const Codeset*> lastCodeset;
@@ -336,7 +349,7 @@ const CodePage* find_code_page(unsigned int number) noexcept {
 
 const CodePage* process_code_page() noexcept {
     const char* name = nl_langinfo(CODESET);
-    if (std::strcmp(name, "UTF-8") == 0 || std::strcmp(name, "ANSI_X3.4-1968") == 0) {
+    if (std::strcmp(name, "UTF-8") == 0 || name == c_locale_name()) {
         return kUtf8;
     }
     const Codeset* last = lastCodeset.load(std::memory_order_acquire);

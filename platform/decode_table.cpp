@@ -1,9 +1,7 @@
 #include "decode_table.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 #include <memory>
 
 #include "ascii_runs.h"
@@ -167,10 +165,6 @@ private:
             table_.isAscii &= byte >= 0x80 || root[byte] == byte;
             table_.isSingle &= !is_surrogate(root[byte]);
         }
-        const char16_t* rest = table_.rows[1];
-        table_.isDouble = !table_.isSingle &&
-                          std::none_of(rest, rest + (rowCount_ - 1) * std::size(table_.rows[0]),
-                                       [](char16_t entry) { return is_surrogate(entry); });
     }
 
     const CodePage& page_;
@@ -266,25 +260,26 @@ void decode_single(const DecodeTable& table, const char* source, std::size_t len
     }
 }
 
-/// The same, quick for a sequence of two bytes.
-inline Step read_sequence(const DecodeTable& table, const char* p, const char* last,
-                          char16_t entry) {
-    if (last - p >= 2) {
-        const char16_t unit =
-            table.rows[entry - DecodeTable::kNextRow][static_cast<unsigned char>(p[1])];
-        if (!is_surrogate(unit) && unit != DecodeTable::kUndefined) {
-            return {unit, 2};
-        }
-    }
-    return read_any_sequence(table, p, last, entry);
-}
-
 constexpr std::ptrdiff_t kEight = 8;
 
 /// ASCII from `p` on, where there may be much of it: cheap to ask where there is not.
 std::size_t ascii_from(const char* p, const char* last) {
     const std::size_t count = ascii_of_eight(p);
     return count < kEight ? count : ascii_run(p, static_cast<std::size_t>(last - p));
+}
+
+/// The same, quick for a character of two bytes. The branches foretell where the next one begins;
+/// arithmetic on what was read would have to wait for it.
+inline Step read_sequence(const DecodeTable& table, const char* p, const char* last,
+                          char16_t entry) {
+    if (last - p >= 2) {
+        const auto trail = static_cast<unsigned char>(p[1]);
+        const char16_t unit = table.rows[entry - DecodeTable::kNextRow][trail];
+        if (!is_surrogate(unit) && unit != DecodeTable::kUndefined) {
+            return {unit, 2};
+        }
+    }
+    return read_any_sequence(table, p, last, entry);
 }
 
 }  // namespace
@@ -322,9 +317,6 @@ std::size_t table_decoded_size(const DecodeTable& table, const char* source,
         } else if (!is_surrogate(entry)) {
             ++units;
             ++p;
-        } else if (table.isDouble && last - p >= 2 && !is_ascii(p[1])) {
-            ++units;  // a character or U+FFFD
-            p += 2;
         } else {
             const Step step = read_sequence(table, p, last, entry);
             units += utf16_units(step.code);

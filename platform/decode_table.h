@@ -23,7 +23,6 @@ struct DecodeTable {
     bool isStreamed;  ///< does not fit the form of a table: the converter does every text
     bool isAscii;     ///< bytes below 0x80 are ASCII
     bool isSingle;    ///< every byte is a unit
-    bool isDouble;    ///< no sequence is longer than two bytes, nor more than a unit
     Row* rows;
     char16_t* fours;  ///< by linear index, 0 where undefined; null unless the page is GB18030
     std::size_t astralCount;

@@ -80,23 +80,23 @@ std::uint32_t entry_of(const EncodeTable& table, char16_t unit) {
 }
 
 std::size_t entry_bytes(std::uint32_t entry) {
-    return (static_cast<std::size_t>(std::bit_width(entry | 1)) + 7) / 8;
+    return 1u + (entry > 0xFF) + (entry > 0xFFFF) + (entry > 0xFFFFFF);
 }
 
-std::size_t extra_bytes(const EncodeTable& table, char16_t unit) {
-    return table.extra[unit / 32] >> 2 * (unit % 32) & 3;
+/// The same where there are no more than two.
+std::size_t short_entry_bytes(std::uint32_t entry) {
+    return 1u + (entry > 0xFF);
 }
 
 void describe(EncodeTable& table) {
     table.isAscii = true;
-    table.isSingle = !table.hasFours;
-    for (unsigned int value = 0; value <= 0xFFFF; ++value) {
-        const auto unit = static_cast<char16_t>(value);
-        const std::uint32_t entry = entry_of(table, unit);
-        table.isAscii &= unit >= 0x80 || entry == unit;
-        table.isSingle &= entry <= 0xFF;
-        table.extra[unit / 32] |= std::uint64_t{entry_bytes(entry) - 1} << 2 * (unit % 32);
+    for (char16_t unit = 0; unit < 0x80; ++unit) {
+        table.isAscii &= entry_of(table, unit) == unit;
     }
+    std::uint32_t* end = table.entries + table.blockCount * EncodeTable::kBlock;
+    const std::uint32_t highest = *std::max_element(table.entries, end);
+    table.isSingle = !table.hasFours && highest <= 0xFF;
+    table.isDouble = !table.hasFours && highest <= 0xFFFF;
 }
 
 OwnedTable build(const CodePage& page) {
@@ -162,8 +162,34 @@ char* put_entry(std::uint32_t entry, char* out, const char* limit) {
 }
 
 bool has_surrogate_in_step(const char16_t* p) {
-    const auto kind = [](auto units) { return (units & 0xF800) == 0xD800; };
-    return hit_bits(kind(load_lanes(p)) | kind(load_lanes(p + kAsciiStep / 2))) != 0;
+    const auto isSurrogate = [](auto units) { return (units & 0xF800) == 0xD800; };
+    return hit_bits(isSurrogate(load_lanes(p)) | isSurrogate(load_lanes(p + kAsciiStep / 2))) != 0;
+}
+
+/// Sixteen units without surrogates, with room for as many of the longest characters.
+char* encode_step(const EncodeTable& table, const char16_t* p, char* out) {
+    for (std::size_t i = 0; table.isDouble && i < kAsciiStep; ++i) {
+        const auto entry = entry_of(table, p[i]);
+        std::memcpy(out, &entry, 2);
+        out += short_entry_bytes(entry);
+    }
+    for (std::size_t i = 0; !table.isDouble && i < kAsciiStep; ++i) {
+        const std::uint32_t entry = entry_of(table, p[i]);
+        std::memcpy(out, &entry, sizeof entry);
+        out += entry_bytes(entry);
+    }
+    return out;
+}
+
+std::size_t size_of_units(const EncodeTable& table, const char16_t* p, const char16_t* last) {
+    std::size_t size = 0;
+    for (; table.isDouble && p != last; ++p) {
+        size += short_entry_bytes(entry_of(table, *p));
+    }
+    for (; p != last; ++p) {
+        size += entry_bytes(entry_of(table, *p));
+    }
+    return size;
 }
 
 /// Without a surrogate pair, so that every unit is a byte.
@@ -210,21 +236,15 @@ std::size_t table_encoded_size(const EncodeTable& table, const char16_t* source,
     if (table.isSingle) {
         return length - pairs;
     }
+    if (pairs == 0) {
+        const std::size_t ascii = table.isAscii ? ascii_run(source, length) : 0;
+        return ascii + size_of_units(table, source + ascii, last);
+    }
     std::size_t size = 0;
-    if (pairs != 0) {
-        for (const char16_t* p = source; p != last;) {
-            const Step step = read_step(table, p, last);
-            size += entry_bytes(step.entry);
-            p += step.units;
-        }
-        return size;
-    }
-    const char16_t* p = source;
-    if (table.isAscii) {
-        p += ascii_run(source, length);
-    }
-    for (size = length; p != last; ++p) {
-        size += extra_bytes(table, *p);
+    for (const char16_t* p = source; p != last;) {
+        const Step step = read_step(table, p, last);
+        size += entry_bytes(step.entry);
+        p += step.units;
     }
     return size;
 }
@@ -250,9 +270,7 @@ void table_encode(const EncodeTable& table, const char16_t* source, std::size_t 
             out += kStep;
             p += kStep;
         } else {
-            for (std::ptrdiff_t i = 0; i < kStep; ++i) {
-                out = put_entry(entry_of(table, p[i]), out, limit);
-            }
+            out = encode_step(table, p, out);
             p += kStep;
         }
     }

@@ -18,12 +18,12 @@ struct EncodeTable {
     bool isStreamed;  ///< as in DecodeTable
     bool isAscii;     ///< units below 0x80 are the same bytes
     bool isSingle;    ///< every unit is a byte
+    bool isDouble;    ///< every unit is one or two bytes
     bool hasFours;    ///< GB18030: what stands above the BMP is counted through
     std::uint32_t replacement;
     std::uint16_t block[256];  ///< by the high byte of the unit
     std::size_t blockCount;
-    std::uint32_t* entries;           ///< blocks by the low byte; block 0 is all replacements
-    std::uint64_t extra[65536 / 32];  ///< two bits a unit: bytes above one of what stands for it
+    std::uint32_t* entries;  ///< blocks by the low byte; block 0 is all replacements
     const DecodeTable* decode;
     std::uint32_t astral[16];  ///< bytes of `decode->astral`
 };

@@ -43,17 +43,24 @@ Step read_long_step(const char* p, const char* last) {
 }
 
 /// The same for any character.
-Step read_step(const char* p, const char* last) {
+inline Step read_step(const char* p, const char* last) {
     const auto lead = static_cast<unsigned char>(*p);
     if (lead < 0x80) {
         return {lead, 1, true};
     }
-    if (lead >= 0xE0) {
-        return read_long_step(p, last);
+    if (lead < 0xE0) {
+        const bool isTwo = lead >= 0xC2 && last - p >= 2 && is_utf8_continuation(p[1]);
+        return isTwo ? Step{(lead & 0x1Fu) << 6 | continuation_bits(p[1]), 2, true}
+                     : Step{kReplacement, 1, false};
     }
-    const bool isTwo = lead >= 0xC2 && last - p >= 2 && is_utf8_continuation(p[1]);
-    return isTwo ? Step{(lead & 0x1Fu) << 6 | continuation_bits(p[1]), 2, true}
-                 : Step{kReplacement, 1, false};
+    if (lead < 0xF0 && last - p >= 3 && is_utf8_continuation(p[1]) && is_utf8_continuation(p[2])) {
+        const char32_t code =
+            (lead & 0xFu) << 12 | continuation_bits(p[1]) << 6 | continuation_bits(p[2]);
+        if (code >= 0x800 && !is_surrogate(code)) {
+            return {code, 3, true};
+        }
+    }
+    return read_long_step(p, last);
 }
 
 using Bytes = Lanes<char>::Vector;
@@ -96,13 +103,13 @@ struct Halves {
     std::uint64_t high;
 };
 
-/// The same for a block that does not lie behind the other in memory.
-Window window_behind(Bytes previous, Bytes byte) {
-    const auto [unused, front] = std::bit_cast<Halves>(previous);
-    const auto [low, high] = std::bit_cast<Halves>(byte);
-    const auto moved = [&, front = front, low = low, high = high](int bits) {
+/// The same for the first block of a text.
+Window first_window(const char* p) {
+    const Bytes byte = load_lanes(p);
+    const auto halves = std::bit_cast<Halves>(byte);
+    const auto moved = [&](int bits) {
         return std::bit_cast<Bytes>(
-            Halves{low << bits | front >> (64 - bits), high << bits | low >> (64 - bits)});
+            Halves{halves.low << bits, halves.high << bits | halves.low >> (64 - bits)});
     };
     return {byte, moved(8), moved(16), moved(24)};
 }
@@ -110,27 +117,27 @@ Window window_behind(Bytes previous, Bytes byte) {
 /// Checks the blocks of a text that starts on a character boundary.
 struct Checker {
     /// A byte must be a continuation exactly where a lead of sufficient length stands one, two or
-    /// three bytes in front.
-    [[gnu::always_inline]] void Add(const Window& at) {
+    /// three bytes in front. Adds the units less the bytes of the lanes that are `counted`.
+    [[gnu::always_inline]] void Add(const Window& at, SignedBytes counted) {
         const SignedBytes isContinuation = reinterpret_cast<SignedBytes>(at.byte) < as_signed(0xC0);
         const SignedBytes isExpected =
             above(at.before, 0xBF) | above(at.before2, 0xDF) | above(at.before3, 0xEF);
         bad |= (isContinuation ^ isExpected) | equal(at.before & 0xFE, 0xC0);
-        surplus += isContinuation;
+        surplus += isContinuation & counted;
         if (hit_bits(above(at.before, 0xDF)) != 0) {
-            AddLongLeads(reinterpret_cast<SignedBytes>(at.byte), at.before);
+            AddLongLeads(reinterpret_cast<SignedBytes>(at.byte), at.before, counted);
         }
     }
 
     /// Overlong forms, surrogates and values above U+10FFFF, where continuations follow the leads.
-    [[gnu::always_inline]] void AddLongLeads(SignedBytes byte, Bytes before) {
+    [[gnu::always_inline]] void AddLongLeads(SignedBytes byte, Bytes before, SignedBytes counted) {
         bad |= (equal(before, 0xE0) & (byte < as_signed(0xA0))) |
                (equal(before, 0xED) & (byte > as_signed(0x9F)));
         const SignedBytes isFour = above(before, 0xEF);
         if (hit_bits(isFour) != 0) {
             bad |= (equal(before, 0xF0) & (byte < as_signed(0x90))) |
                    (equal(before, 0xF4) & (byte > as_signed(0x8F))) | above(before, 0xF4);
-            surplus -= isFour;
+            surplus -= isFour & counted;
         }
     }
 
@@ -147,14 +154,14 @@ struct Checker {
     SignedBytes surplus{};  ///< units less bytes
 };
 
-/// What is left of a text behind a block, fewer bytes than a block has, and zeros.
-Bytes load_rest(const char* p, const char* last) {
-    const Halves end = std::bit_cast<Halves>(load_lanes(last - kBlock));
-    const auto zeros = static_cast<unsigned int>(8 * (p + kBlock - last));
-    const Halves rest =
-        zeros < 64 ? Halves{end.low >> zeros | end.high << 1 << (63 - zeros), end.high >> zeros}
-                   : Halves{end.high >> (zeros - 64), 0};
-    return std::bit_cast<Bytes>(rest);
+/// Ones in the lanes from `first` on.
+SignedBytes lanes_from(std::size_t first) {
+    static constexpr signed char kSteps[2 * kBlock] = {0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,
+                                                       0,  0,  0,  0,  0,  -1, -1, -1, -1, -1, -1,
+                                                       -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+    SignedBytes lanes;
+    std::memcpy(&lanes, kSteps + kBlock - first, sizeof lanes);
+    return lanes;
 }
 
 bool ends_within_sequence(const char* last) {
@@ -163,23 +170,26 @@ bool ends_within_sequence(const char* last) {
            static_cast<unsigned char>(last[-3]) >= 0xF0;
 }
 
-/// Whether a segment of at least a block is well-formed; only then are its units added.
+/// Whether a segment is well-formed and so long that blocks can tell; only then are its units
+/// added. The last block overlaps the one in front of it.
 bool count_well_formed(const char* first, const char* last, std::size_t& units) {
-    if (last - first < static_cast<std::ptrdiff_t>(kBlock)) {
+    constexpr std::ptrdiff_t kStep = kBlock;
+    constexpr std::ptrdiff_t kShortest = kStep + 3;
+    if (last - first < kShortest) {
         return false;
     }
+    const SignedBytes all = ~SignedBytes{};
     Checker checker;
-    checker.Add(window_behind(Bytes{}, load_lanes(first)));
-    const char* p = first + kBlock;
-    for (; last - p >= static_cast<std::ptrdiff_t>(kBlock); p += kBlock) {
-        checker.Add(window_at(p));
+    checker.Add(first_window(first), all);
+    const char* p = first + kStep;
+    for (; last - p >= kStep; p += kStep) {
+        checker.Add(window_at(p), all);
     }
-    if (p != last) {  // the zeros behind the text end a sequence that it has cut off
-        checker.Add(window_behind(load_lanes(p - kBlock), load_rest(p, last)));
-    } else if (ends_within_sequence(last)) {
-        return false;
+    if (p != last) {
+        checker.Add(window_at(last - kStep),
+                    lanes_from(static_cast<std::size_t>(p + kStep - last)));
     }
-    if (hit_bits(checker.bad) != 0) {
+    if (hit_bits(checker.bad) != 0 || ends_within_sequence(last)) {
         return false;
     }
     units += static_cast<std::size_t>(last - first + checker.Surplus());
@@ -321,7 +331,7 @@ char16_t* decode_trusted_steps(const char*& p, const char* end, char16_t* out) {
 /// Counts a segment that blocks cannot tell, and on to the end of its last character.
 const char* count_steps(const char* p, const char* end, const char* last, Utf8Measure& measure) {
     while (p < end) {
-        if (end - p >= 8) {
+        if (is_ascii(*p) && end - p >= 8) {
             const std::size_t ascii = ascii_of_eight(p);
             measure.units += ascii;
             p += ascii;
@@ -341,7 +351,7 @@ const char* count_steps(const char* p, const char* end, const char* last, Utf8Me
 const char* decode_steps(const char* p, const char* end, const char* last, char16_t*& out,
                          const char16_t* limit) {
     while (p < end) {
-        if (end - p >= 8 && limit - out >= 8) {
+        if (is_ascii(*p) && end - p >= 8 && limit - out >= 8) {
             const std::size_t ascii = ascii_of_eight(p);
             widen_eight(p, out);
             out += ascii;

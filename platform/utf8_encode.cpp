@@ -73,11 +73,17 @@ char* put_utf8(char32_t code, char* out) {
     return out + 4;
 }
 
+/// The units in front of `end`, and on to the second half of a pair.
 char* encode_steps(const char16_t*& p, const char16_t* end, const char16_t* last, char* out) {
     while (p < end) {
         const char32_t code = utf16_code(p, last);
-        out = put_utf8(is_surrogate(code) ? 0xFFFD : code, out);
-        p += utf16_units(code);
+        if (code < 0xD800) {
+            out = put_utf8(code, out);
+            ++p;
+        } else {
+            out = put_utf8(is_surrogate(code) ? 0xFFFD : code, out);
+            p += utf16_units(code);
+        }
     }
     return out;
 }
