@@ -190,6 +190,7 @@ TEST(WideText, LosesTheUnitsOfAClassOfTheLocale) {
     };
     std::vector<std::u16string> samples = Samples();
     samples[0] += u'\0';
+    samples.emplace_back(100, u'\0');
     for (const char* const locale : kLocales) {
         const LocaleScope scope(locale);
         for (const Removal& removal : removals) {
