@@ -114,10 +114,9 @@ private:
 const char* find_in_blocks(const Ranges& ranges, const char* p, const char* last, bool wanted) {
     const std::uint64_t others = wanted ? 0 : ~std::uint64_t{0};
     while (p != last) {
-        // The last block reaches back over bytes that are done.
+        // The last block reaches back over bytes that are known to be no hits.
         const char* const block = std::min(p, last - kWide);
-        std::uint64_t hits = ranges.Members(block) ^ others;
-        hits = hits >> (p - block) << (p - block);
+        const std::uint64_t hits = ranges.Members(block) ^ others;
         if (hits != 0) {
             return block + first_hit<char>(hits);
         }

@@ -214,9 +214,9 @@ const Unit* find_quickly(const Unit* first, const Unit* end, const Unit* text, s
         }
     }
     while (place != end) {
-        // The last block reaches back over places that are done.
+        // The last block reaches back over places that are known to be no matches.
         const Unit* const block = std::min(place, end - kNarrow);
-        const std::uint64_t hits = hits_from(hit_bits(probe.At(block)), block, place);
+        const std::uint64_t hits = hit_bits(probe.At(block));
         if (const Unit* match = quick_match(hits, block, text, size)) {
             return match;
         }

@@ -246,12 +246,12 @@ TEST(MultibyteTest, LikeAWalkInLongTexts) {
     }
 }
 
-// In quadratic time these would take minutes.
+// In quadratic time these would take hours.
 TEST(MultibyteTest, TextsOfLeadBytesAlone) {
     const CodePage& page = *platform::find_code_page(932);
     for (const std::string unit : {"\x81", "\x81\x40"}) {
         std::string text;
-        while (text.size() < 1 << 17) {
+        while (text.size() < 1 << 20) {
             text += unit;
         }
         const char* first = text.c_str();
@@ -260,9 +260,10 @@ TEST(MultibyteTest, TextsOfLeadBytesAlone) {
         std::fill(std::begin(all), std::end(all), true);
         EXPECT_EQ(platform::trailing_run(page, first, last, all), first);
         EXPECT_EQ(platform::_mbschr(page, first, last, 0x81), nullptr);
-        EXPECT_EQ(platform::_mbsrchr(page, first, last, 0x81), nullptr);
+        // Shorter, since a sanitizer looks at all of the text before each step back.
+        EXPECT_EQ(platform::_mbsrchr(page, last - 0x4000, last, 0x81), nullptr);
         EXPECT_EQ(platform::_mbschr(page, first, last, 0x40), nullptr);
-        EXPECT_EQ(platform::_mbsrchr(page, first, last, 0x40), nullptr);
+        EXPECT_EQ(platform::_mbsrchr(page, last - 0x4000, last, 0x40), nullptr);
         EXPECT_EQ(platform::_mbspbrk(page, first, last, "@\x81"), nullptr);
         const std::string inside = text.substr(text.size() / 2 + 1);
         EXPECT_EQ(platform::_mbsstr(page, first, last, inside.data(), inside.size()),
