@@ -16,7 +16,7 @@ endif()
 # What a delivered library is built with: direct calls inside it, and the usual hardening. A
 # sanitizer brings its own checks of the fortified functions and leaves its own names undefined.
 add_library(kelm_delivery INTERFACE)
-target_compile_options(kelm_delivery INTERFACE -fno-semantic-interposition -fstack-protector-strong
+target_compile_options(kelm_delivery INTERFACE -fno-semantic-interposition -fno-plt -fstack-protector-strong
     -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
 target_link_options(kelm_delivery INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack
     -Wl,-Bsymbolic-functions,--as-needed)

@@ -747,6 +747,7 @@ protected:
 private:
     class Classes;
     KELM_LOCAL bool NextToken(const Classes& classes, const char* pchDelimiter);
+    KELM_LOCAL int SkipWhitespace(const Classes& classes, int nStart) const;
 
     const Kelm& m_strSource;
     const char* m_pchText;

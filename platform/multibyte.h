@@ -12,6 +12,13 @@
 /// may be read. Arguments named `page` come from `process_code_page`, asked once per operation.
 namespace platform {
 
+/// Whether the byte is a character wherever it stands, NUL included, so that a search for it needs
+/// no look at its neighbours.
+inline bool stands_alone(const CodePage& page, unsigned char byte) noexcept {
+    return byte == 0 || page.grouping == Grouping::SingleByte ||
+           (page.grouping == Grouping::Utf8 && byte < 0x80);
+}
+
 /// First character that is the single byte `byte`, or null. A byte inside a longer character is
 /// no character.
 const char* _mbschr(const CodePage& page, const char* first, const char* last,

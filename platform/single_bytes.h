@@ -28,6 +28,11 @@ public:
     static ByteClass Upper() noexcept;
     static ByteClass Lower() noexcept;
 
+    /// Both classes, which must have been taken at the same time.
+    ByteClass operator|(ByteClass other) const noexcept {
+        return {table_, static_cast<unsigned short>(mask_ | other.mask_)};
+    }
+
     bool Has(char byte) const noexcept {
         return (table_[static_cast<unsigned char>(byte)] & mask_) != 0;
     }

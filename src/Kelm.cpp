@@ -527,13 +527,14 @@ int Kelm::Find(char ch, int nStart) const {
         return -1;
     }
     const char* pchStart = m_pchData + nStart;
-    const char* pchEnd = m_pchData + GetLength();
-    if (ch == '\0') {
-        return distance(m_pchData, platform::find_unit(pchStart, pchEnd, ch));
-    }
     const CodePage& page = *platform::process_code_page();
-    return hit_index(m_pchData, pchStart,
-                     platform::_mbschr(page, pchStart, pchEnd, static_cast<unsigned char>(ch)));
+    if (platform::stands_alone(page, static_cast<unsigned char>(ch))) {
+        const char* pchHit = std::strchr(pchStart, ch);
+        return pchHit == nullptr ? -1 : distance(m_pchData, pchHit);
+    }
+    return hit_index(
+        m_pchData, pchStart,
+        platform::_mbschr(page, pchStart, m_pchData + GetLength(), static_cast<unsigned char>(ch)));
 }
 
 int Kelm::Find(char ch) const {
@@ -557,13 +558,12 @@ int Kelm::Find(const char* pchText) const {
 }
 
 int Kelm::ReverseFind(char ch) const {
-    const char* pchEnd = m_pchData + std::strlen(m_pchData);
-    if (ch == '\0') {
-        return distance(m_pchData, pchEnd);
-    }
     const CodePage& page = *platform::process_code_page();
     const char* pchHit =
-        platform::_mbsrchr(page, m_pchData, pchEnd, static_cast<unsigned char>(ch));
+        platform::stands_alone(page, static_cast<unsigned char>(ch))
+            ? std::strrchr(m_pchData, ch)
+            : platform::_mbsrchr(page, m_pchData, m_pchData + std::strlen(m_pchData),
+                                 static_cast<unsigned char>(ch));
     return pchHit == nullptr ? -1 : distance(m_pchData, pchHit);
 }
 
@@ -1365,6 +1365,10 @@ int Kelm::Compare(const char* pchText) const {
     if (pchText == nullptr) {
         return 1;
     }
+    // Equal bytes are equal in every code page, and the answer most often wanted.
+    if (std::strcmp(m_pchData, pchText) == 0) {
+        return 0;
+    }
     return platform::_mbscmp(*platform::process_code_page(), m_pchData, pchText);
 }
 
@@ -1722,16 +1726,15 @@ bool operator>=(const char* pchText, const Kelm& string) {
 /// The classes of a byte as a walk by tokens asks them, taken once per step.
 class Kelm::Token::Classes {
 public:
-    static bool IsHigh(char ch) { return static_cast<signed char>(ch) < -1; }
+    bool IsSpace(char ch) const { return IsAscii(ch) && m_space.Has(ch); }
 
-    bool IsSpace(char ch) const { return !IsHigh(ch) && ch != kOther && m_space.Has(ch); }
-
-    bool IsPunctuation(char ch) const {
-        return !IsHigh(ch) && ch != kOther && ch != '_' && m_punctuation.Has(ch);
-    }
+    bool IsPunctuation(char ch) const { return IsAscii(ch) && ch != '_' && m_punctuation.Has(ch); }
 
     /// By punctuation, or by the delimiter instead where one is given.
     bool EndsWord(char ch, const char* pchDelimiter) const {
+        if (pchDelimiter == nullptr && IsAscii(ch) && ch != '\0' && !m_stop.Has(ch)) {
+            return false;
+        }
         if (ch == '\0' || IsHigh(ch) || IsSpace(ch)) {
             return true;
         }
@@ -1739,11 +1742,14 @@ public:
     }
 
 private:
-    // The byte that widens to -1: no class has it.
-    static constexpr char kOther = static_cast<char>(-1);
+    // The classifiers are asked about these alone. Of the others, 0xFF widens to -1, which is in no
+    // class, and the rest end a word by themselves.
+    static bool IsAscii(char ch) { return static_cast<signed char>(ch) >= 0; }
+    static bool IsHigh(char ch) { return static_cast<signed char>(ch) < -1; }
 
     platform::ByteClass m_space = platform::ByteClass::Space();
     platform::ByteClass m_punctuation = platform::ByteClass::Punctuation();
+    platform::ByteClass m_stop = m_space | m_punctuation;
 };
 
 Kelm::Token::Token(const Kelm& strSource, bool bSkipPunctuation)
@@ -1766,7 +1772,7 @@ bool Kelm::Token::Next(char chDelimiter) {
 }
 
 bool Kelm::Token::NextToken(const Classes& classes, const char* pchDelimiter) {
-    int p = m_nNext < 0 ? -1 : FindWhitespace(m_nNext);
+    int p = m_nNext < 0 ? -1 : SkipWhitespace(classes, m_nNext);
     if (p < 0) {
         m_nStart = m_nEnd = m_nNext = -1;
         m_bMore = false;
@@ -1782,9 +1788,11 @@ bool Kelm::Token::NextToken(const Classes& classes, const char* pchDelimiter) {
     } else {
         m_nStart = p;
         // Every byte that does not end a word is a character by itself, whatever the code page.
-        while (!classes.EndsWord(m_pchText[p], pchDelimiter)) {
-            ++p;
+        const char* pch = m_pchText + p;
+        while (!classes.EndsWord(*pch, pchDelimiter)) {
+            ++pch;
         }
+        p = distance(m_pchText, pch);
         p += p == m_nStart ? 1 : 0;
         m_nEnd = p - 1;
     }
@@ -1862,11 +1870,15 @@ void Kelm::Token::Clear() {
 }
 
 int Kelm::Token::FindWhitespace(int nStart) const {
-    const Classes classes;
-    while (classes.IsSpace(m_pchText[nStart])) {
-        ++nStart;
+    return SkipWhitespace(Classes(), nStart);
+}
+
+int Kelm::Token::SkipWhitespace(const Classes& classes, int nStart) const {
+    const char* pch = m_pchText + nStart;
+    while (classes.IsSpace(*pch)) {
+        ++pch;
     }
-    return m_pchText[nStart] == '\0' ? -1 : nStart;
+    return *pch == '\0' ? -1 : distance(m_pchText, pch);
 }
 
 int Kelm::Token::FindChar(int nStart, char ch) const {
