@@ -1,0 +1,55 @@
+#include <Kelm.h>
+
+#include <string>
+
+#include "pages.h"
+
+namespace {
+
+std::u16string Units(const std::string& bytes) {
+    std::u16string text(bytes.size() / sizeof(char16_t), u'\0');
+    bytes.copy(reinterpret_cast<char*>(text.data()), bytes.size());
+    return text;
+}
+
+bool IsPaired(const std::u16string& text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if ((text[i] & 0xFC00) == 0xD800 && i + 1 < text.size()) {
+            ++i;
+            if ((text[i] & 0xFC00) != 0xDC00) {
+                return false;
+            }
+        } else if ((text[i] & 0xF800) == 0xD800) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void Check(const fuzz::Page& page, const std::string& bytes) {
+    const Kelm narrow(bytes.data(), static_cast<int>(bytes.size()));
+    const WString wide = WString::FromCodePage(narrow, page.number);
+    fuzz::CheckBlock(wide);
+    const std::u16string text(wide.constBuffer(), static_cast<std::size_t>(wide.GetLength()));
+    fuzz::Require(IsPaired(text));
+
+    const auto wanted = fuzz::Convert("UTF-16LE", page.converter, bytes);
+    if (wanted && !page.isComposed) {
+        fuzz::Require(text == Units(*wanted));
+    }
+    if (page.number == 65001) {
+        const Kelm back = wide.ToKelm(page.number);
+        fuzz::Require(WString::FromCodePage(back, page.number) == wide);
+        fuzz::Require(!wanted || back == narrow);
+        fuzz::Require(wanted || text.find(u'\xFFFD') != std::u16string::npos);
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size > 0) {
+        Check(fuzz::page_of(data[0]), std::string(data + 1, data + size));
+    }
+    return 0;
+}
