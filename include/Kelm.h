@@ -79,7 +79,9 @@
 #include <cstdarg>
 #include <cstdint>
 
+/// Marks what the library exports.
 #define KELM_API __attribute__((visibility("default")))
+/// Marks what an exported class keeps to itself.
 #define KELM_LOCAL __attribute__((visibility("hidden")))
 
 /// Header of a narrow block; the characters lie directly behind it.
@@ -556,6 +558,7 @@ protected:
     /// Points at the static empty block; what was held is dropped, not released.
     void Init();
 
+    /// The header of the block.
     KelmData* GetData() const { return reinterpret_cast<KelmData*>(m_pchData) - 1; }
 
     /// A new private block of this length and capacity, its bytes undefined; the empty block for 0.
@@ -627,6 +630,7 @@ private:
     KELM_LOCAL static Kelm Join(int nLen1, const char* pch1, int nLen2, const char* pch2);
 };
 
+/// @cond
 template <>
 KELM_API int Kelm::To<int>() const;
 template <>
@@ -645,11 +649,14 @@ template <>
 KELM_API float Kelm::To<float>() const;
 template <>
 KELM_API bool Kelm::To<bool>() const;
+/// @endcond
 
 /// @name Joining narrow text
 /// A new value with a block of exactly the sum of the lengths, never shared with an operand.
 /// Pointers must not be null.
 /// @{
+
+/// Both in a row. Without memory nothing has changed.
 KELM_API Kelm operator+(const Kelm& string1, const Kelm& string2);
 KELM_API Kelm operator+(const Kelm& string, char ch);
 KELM_API Kelm operator+(char ch, const Kelm& string);
@@ -661,6 +668,8 @@ KELM_API Kelm operator+(const char* pchText, const Kelm& string);
 /// By `Kelm::Compare`: case counts, collation does not, and each side ends at its first NUL. A null
 /// pointer sorts below every value.
 /// @{
+
+/// The sign of `Kelm::Compare`, the pointer being the smaller where it is null.
 KELM_API bool operator==(const Kelm& string1, const Kelm& string2);
 KELM_API bool operator==(const Kelm& string, const char* pchText);
 KELM_API bool operator==(const char* pchText, const Kelm& string);
@@ -1111,6 +1120,7 @@ protected:
     /// Points at the static empty block; what was held is dropped, not released.
     void Init();
 
+    /// The header of the block.
     WStringData* GetData() const { return reinterpret_cast<WStringData*>(m_pchData) - 1; }
 
     /// A new private block of this length and capacity, its units undefined; the empty block for 0.
@@ -1191,6 +1201,8 @@ private:
 /// A new value with a block of exactly the sum of the lengths, never shared with an operand. Wide
 /// pointers must not be null.
 /// @{
+
+/// Both in a row. Without memory nothing has changed.
 KELM_API WString operator+(const WString& string1, const WString& string2);
 KELM_API WString operator+(const WString& string, char16_t ch);
 KELM_API WString operator+(char16_t ch, const WString& string);
@@ -1202,6 +1214,8 @@ KELM_API WString operator+(const char16_t* pchText, const WString& string);
 /// The right operand is decoded from the process's code page; a null pointer counts as empty. There
 /// is no form with narrow text on the left.
 /// @{
+
+/// Both in a row, the right one decoded.
 KELM_API WString operator+(const WString& string, const char* pchText);
 KELM_API WString operator+(const WString& string1, const Kelm& string2);
 WString operator+(const char* pchText, const WString& string) = delete;
@@ -1211,6 +1225,8 @@ WString operator+(const Kelm& string1, const WString& string2) = delete;
 /// @name Ordering wide text
 /// By `WString::Compare`; each side ends at its first NUL. A null pointer sorts below every value.
 /// @{
+
+/// The sign of `WString::Compare`, the pointer being the smaller where it is null.
 KELM_API bool operator==(const WString& string1, const WString& string2);
 KELM_API bool operator==(const WString& string, const char16_t* pchText);
 KELM_API bool operator==(const char16_t* pchText, const WString& string);
