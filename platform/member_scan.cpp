@@ -68,8 +68,26 @@ public:
         return !isInside || Add(begin, 255);
     }
 
+    void Take(const char* set, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) {
+            singles_[i] = splat_lanes(set[i]);
+        }
+        singleCount_ = static_cast<int>(count);
+    }
+
+    std::uint64_t Members(Vector bytes) const {
+        Vector hits{};
+        for (int i = 0; i < singleCount_; ++i) {
+            hits |= reinterpret_cast<Vector>(bytes == singles_[i]);
+        }
+        for (int i = 0; i < rangeCount_; ++i) {
+            hits |= reinterpret_cast<Vector>(bytes - lows_[i] <= spans_[i]);
+        }
+        return hit_bits(hits);
+    }
+
     // Bits of the members among 64 bytes.
-    std::uint64_t Members(const char* p) const {
+    std::uint64_t WideMembers(const char* p) const {
         const Vector bytes[4] = {load_lanes(p), load_lanes(p + kNarrow),
                                  load_lanes(p + 2 * kNarrow), load_lanes(p + 3 * kNarrow)};
         Vector hits[4] = {};
@@ -88,7 +106,7 @@ public:
     }
 
 private:
-    static constexpr int kMaxSingles = 10;
+    static constexpr int kMaxSingles = kFewBytes;
     static constexpr int kMaxRanges = 6;
 
     bool Add(unsigned low, unsigned high) {
@@ -111,21 +129,65 @@ private:
     Vector spans_[kMaxRanges];
 };
 
+// Of a text of 16 bytes or more.
 const char* find_in_blocks(const Ranges& ranges, const char* p, const char* last, bool wanted) {
     const std::uint64_t others = wanted ? 0 : ~std::uint64_t{0};
+    for (; last - p >= kWide; p += kWide) {
+        if (const std::uint64_t hits = ranges.WideMembers(p) ^ others) {
+            return p + first_hit<char>(hits);
+        }
+    }
     while (p != last) {
         // The last block reaches back over bytes that are known to be no hits.
-        const char* const block = std::min(p, last - kWide);
-        const std::uint64_t hits = ranges.Members(block) ^ others;
+        const char* const block = std::min(p, last - kNarrow);
+        const std::uint64_t hits = (ranges.Members(load_lanes(block)) ^ others) & 0xFFFF;
         if (hits != 0) {
             return block + first_hit<char>(hits);
         }
-        p = block + kWide;
+        p = block + kNarrow;
     }
     return last;
 }
 
+// Of a text that its two ends of a word each cover.
+template <class Word>
+const char* find_in_ends(const char* first, const char* last, const char* set, std::size_t count,
+                         bool wanted) {
+    constexpr std::ptrdiff_t kSize = sizeof(Word);
+    const auto bytes = reinterpret_cast<Vector>(load_ends<Word>(first, last - kSize));
+    Vector found{};
+    for (std::size_t i = 0; i < count; ++i) {
+        found |= reinterpret_cast<Vector>(bytes == splat_lanes(set[i]));
+    }
+    constexpr std::uint64_t kAll = (1U << 2 * kSize) - 1;
+    const std::uint64_t hits = (hit_bits(found) ^ (wanted ? 0 : kAll)) & kAll;
+    if (hits == 0) {
+        return last;
+    }
+    const std::ptrdiff_t index = first_hit<char>(hits);
+    return index < kSize ? first + index : last - 2 * kSize + index;
+}
+
 }  // namespace
+
+const char* find_any_of(const char* first, const char* last, const char* set, std::size_t count,
+                        bool wanted) noexcept {
+    if (last - first >= kNarrow) {
+        Ranges ranges;
+        ranges.Take(set, count);
+        return find_in_blocks(ranges, first, last, wanted);
+    }
+    if (last - first >= 8) {
+        return find_in_ends<std::uint64_t>(first, last, set, count, wanted);
+    }
+    if (last - first >= 4) {
+        return find_in_ends<std::uint32_t>(first, last, set, count, wanted);
+    }
+    while (first != last && (std::find(set, set + count, *first) != set + count) != wanted) {
+        ++first;
+    }
+    return first;
+}
 
 const char* find_member(const char* first, const char* last, const bool* members,
                         bool wanted) noexcept {

@@ -16,6 +16,10 @@
 namespace platform {
 namespace {
 
+// A set of more bytes than this is worth a table where there is much text to look at.
+constexpr std::size_t kSmallSet = 6;
+constexpr std::ptrdiff_t kLongText = 512;
+
 bool is_ascii(char byte) {
     return static_cast<unsigned char>(byte) < 0x80;
 }
@@ -119,12 +123,6 @@ private:
     const char* known_;  // a boundary
 };
 
-// Whether each byte of this value is a character of its own.
-bool stands_alone(const CodePage& page, char byte) {
-    return page.grouping == Grouping::SingleByte || byte == '\0' ||
-           (page.grouping == Grouping::Utf8 && is_ascii(byte));
-}
-
 const char* last_by_walk(const CodePage& page, const char* first, const char* last, char byte) {
     const char* const end = find_last_unit(first, last, byte);
     const char* found = nullptr;
@@ -136,23 +134,19 @@ const char* last_by_walk(const CodePage& page, const char* first, const char* la
     return found;
 }
 
-// The characters of a terminated set.
+// The characters of a terminated set, some of them longer than a byte.
 class CharacterSet {
 public:
     CharacterSet(const CodePage& page, const char* set)
         : page_(page), set_(set), bytes_(page, set) {
         for (const char* p = set; *p != '\0';) {
             const std::size_t length = _mbclen(page, p);
-            isAscii_ = isAscii_ && is_ascii(*p);
             p += length;
             if (length > 1) {
                 endings_[Ending(p[-1]) / 64] |= Bit(p[-1]);
             }
         }
     }
-
-    bool IsAscii() const { return isAscii_; }
-    const bool* Bytes() const { return bytes_.has; }
 
     bool Has(const char* character, std::size_t length) const {
         if (length == 1) {
@@ -180,33 +174,56 @@ private:
     const CodePage& page_;
     const char* set_;
     ByteSet bytes_;
-    bool isAscii_ = true;
     // Last bytes of the longer characters: they tell most characters of a text from the set's.
     std::uint64_t endings_[4] = {};
 };
 
+// The first place that `next` finds and where a character starts, or `last`.
+template <class Next>
+const char* first_on_boundary(const CodePage& page, const char* first, const char* last,
+                              Next next) {
+    Boundaries boundaries(page, first, last);
+    const char* p = next(first);
+    while (p != last && !boundaries.Has(p)) {
+        p = next(p + 1);
+    }
+    return p;
+}
+
+const char* find_by_walk(const CodePage& page, const char* first, const char* last, const char* set,
+                         bool wanted) {
+    const CharacterSet characters(page, set);
+    for (const char* p = first; p != last;) {
+        const std::size_t length = length_in_range(page, p, last);
+        if (characters.Has(p, length) == wanted) {
+            return p;
+        }
+        p += length;
+    }
+    return last;
+}
+
 // The first character that is in the set or is not, as `wanted` says, or `last`.
 const char* find_by_set(const CodePage& page, const char* first, const char* last, const char* set,
                         bool wanted) {
-    const CharacterSet characters(page, set);
-    if (page.grouping != Grouping::SingleByte && !characters.IsAscii()) {
-        for (const char* p = first; p != last;) {
-            const std::size_t length = length_in_range(page, p, last);
-            if (characters.Has(p, length) == wanted) {
-                return p;
-            }
-            p += length;
-        }
-        return last;
+    std::size_t count = 0;
+    bool isAscii = true;
+    for (; set[count] != '\0'; ++count) {
+        isAscii &= is_ascii(set[count]);
     }
-    // In front of the first byte that is not wanted there are characters of one byte only; one that
-    // is wanted can be inside a character.
-    Boundaries boundaries(page, first, last);
-    const char* p = find_member(first, last, characters.Bytes(), wanted);
-    while (wanted && p != last && !boundaries.Has(p)) {
-        p = find_member(p + 1, last, characters.Bytes(), wanted);
+    if (!isAscii && page.grouping != Grouping::SingleByte) {
+        return find_by_walk(page, first, last, set, wanted);
     }
-    return p;
+    // A byte of the set can be inside a character. A byte that is not, in front of which there are
+    // only such as are, starts one: so then the boundary is known beforehand.
+    if (count <= kSmallSet || (count <= kFewBytes && last - first < kLongText)) {
+        return first_on_boundary(page, first, last, [=](const char* p) {
+            return find_any_of(p, last, set, count, wanted);
+        });
+    }
+    const ByteSet bytes(page, set);
+    return first_on_boundary(
+        page, first, last, [&](const char* p) { return find_member(p, last, bytes.has, wanted); });
 }
 
 const char* run_of_single_bytes(const char* first, const char* last, const bool* test) {
@@ -262,10 +279,11 @@ const char* run_by_walk(const CodePage& page, const char* first, const char* las
 const char* _mbschr(const CodePage& page, const char* first, const char* last,
                     unsigned char byte) noexcept {
     const char unit = static_cast<char>(byte);
-    const char* hit = find_unit(first, last, unit);
-    if (stands_alone(page, unit)) {
-        return hit != last ? hit : nullptr;
+    if (stands_alone(page, byte)) {
+        return static_cast<const char*>(
+            std::memchr(first, byte, static_cast<std::size_t>(last - first)));
     }
+    const char* hit = find_unit(first, last, unit);
     Boundaries boundaries(page, first, last);
     while (hit != last && !(boundaries.Has(hit) && length_in_range(page, hit, last) == 1)) {
         hit = find_unit(hit + 1, last, unit);
@@ -276,13 +294,14 @@ const char* _mbschr(const CodePage& page, const char* first, const char* last,
 const char* _mbsrchr(const CodePage& page, const char* first, const char* last,
                      unsigned char byte) noexcept {
     const char unit = static_cast<char>(byte);
-    if (page.grouping == Grouping::Other && !stands_alone(page, unit)) {
+    if (stands_alone(page, byte)) {
+        return static_cast<const char*>(
+            memrchr(first, byte, static_cast<std::size_t>(last - first)));
+    }
+    if (page.grouping == Grouping::Other) {
         return last_by_walk(page, first, last, unit);
     }
     const char* hit = find_last_unit(first, last, unit);
-    if (stands_alone(page, unit)) {
-        return hit;
-    }
     // The length first: it keeps the runs of lead bytes that are walked back over apart.
     while (hit != nullptr && !(length_in_range(page, hit, last) == 1 &&
                                character_start(page, first, hit, last) == hit)) {
@@ -357,7 +376,7 @@ bool _ismbcdigit(unsigned int value) noexcept {
 
 ByteSet::ByteSet(const CodePage& page, const char* set) noexcept : has() {
     while (*set != '\0') {
-        const std::size_t length = _mbclen(page, set);
+        const std::size_t length = is_ascii(*set) ? 1 : _mbclen(page, set);
         if (length == 1) {
             has[static_cast<unsigned char>(*set)] = true;
         }

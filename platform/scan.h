@@ -18,7 +18,15 @@ const Unit* find_last_unit(const Unit* first, const Unit* last, Unit unit) noexc
 template <class Unit>
 std::size_t count_unit(const Unit* first, const Unit* last, Unit unit) noexcept;
 
-/// First byte whose entry in `members`, a table of 256, is `wanted`; `last` if there is none.
+/// Up to how many bytes `find_any_of` takes.
+inline constexpr std::size_t kFewBytes = 16;
+
+/// First byte that is one of the `count` bytes at `set`, or that is none of them, as `wanted` says;
+/// `last` if there is none.
+const char* find_any_of(const char* first, const char* last, const char* set, std::size_t count,
+                        bool wanted) noexcept;
+
+/// The same for any number of bytes: `members` is a table of 256.
 const char* find_member(const char* first, const char* last, const bool* members,
                         bool wanted) noexcept;
 

@@ -49,13 +49,6 @@ constexpr std::size_t kSpentPerUnit = 8;
 constexpr std::size_t kGlance = 16;
 
 template <class Word>
-Word load_word(const char* p) {
-    Word word;
-    std::memcpy(&word, p, sizeof word);
-    return word;
-}
-
-template <class Word>
 bool equal_ends(const char* a, const char* b, std::size_t size) {
     const std::size_t back = size - sizeof(Word);
     return ((load_word<Word>(a) ^ load_word<Word>(b)) |
@@ -138,15 +131,6 @@ inline const Unit* quick_match(std::uint64_t hits, const Unit* block, const Unit
     return nullptr;
 }
 
-// In registers all the way: stored as words and loaded as a vector they would take long.
-WordVector two_words(std::uint64_t a, std::uint64_t b) {
-    return WordVector{a, b};
-}
-
-WordVector two_words(std::uint32_t a, std::uint32_t b) {
-    return WordVector{a | static_cast<std::uint64_t>(b) << 32, 0};
-}
-
 // The first match in [first, end), which are from half a register to a register full of places:
 // half of them from the front and half from the back, which may overlap.
 template <class Word, class Unit>
@@ -157,8 +141,7 @@ const Unit* match_in_halves(const Unit* first, const Unit* end, const Unit* text
     const auto hits = [=](std::size_t offset) {
         const auto* p = reinterpret_cast<const char*>(first + offset);
         const auto* q = reinterpret_cast<const char*>(back + offset);
-        return hit_bits(lanes_equal(two_words(load_word<Word>(p), load_word<Word>(q)),
-                                    splat_lanes(text[offset])));
+        return hit_bits(lanes_equal(load_ends<Word>(p, q), splat_lanes(text[offset])));
     };
     const std::uint64_t found = hits(0) & hits(count - 1);
     const std::size_t size = count * sizeof(Unit);

@@ -116,4 +116,24 @@ inline std::uint64_t without_first_hit(std::uint64_t bits) {
     return bits;
 }
 
+template <class Word>
+inline Word load_word(const char* p) {
+    Word word;
+    std::memcpy(&word, p, sizeof word);
+    return word;
+}
+
+/// The two ends of a text of less than 16 bytes, which overlap where they must. In registers all
+/// the way: stored as words and loaded as a vector they would take long.
+template <class Word>
+inline WordVector load_ends(const char* front, const char* back) {
+    const std::uint64_t low = load_word<Word>(front);
+    const std::uint64_t high = load_word<Word>(back);
+    if constexpr (sizeof(Word) == sizeof(std::uint64_t)) {
+        return WordVector{low, high};
+    } else {
+        return WordVector{low | high << 32, 0};
+    }
+}
+
 }  // namespace platform
