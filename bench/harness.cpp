@@ -3,6 +3,7 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <regex>
 
 namespace bench {
@@ -33,6 +34,12 @@ void Workload::UseLocale(const char* name) {
     if (std::setlocale(LC_ALL, name) == nullptr)
         Fail(std::string("no locale ") + name + "; is LOCPATH set?");
     hasLocale_ = true;
+}
+
+double Workload::Seconds(int batch) {
+    timespec now = {};
+    clock_gettime(batch == 1 ? CLOCK_THREAD_CPUTIME_ID : CLOCK_MONOTONIC, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
 std::string Workload::SizeName() const {
