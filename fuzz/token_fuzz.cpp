@@ -48,6 +48,9 @@ void Walk(const Kelm& source, bool skips, const std::uint8_t* steps, std::size_t
         Require(!token || more);
     }
     Require(!token && !token.Next() && !token.NextLine() && !token.IsValid());
+    Require(token.SkipPunctuation(!skips) == skips);
+    token.Clear();
+    Require(token && !token.IsValid());
     token.Restart();
     CheckCurrent(source, token);
 }
