@@ -100,7 +100,7 @@ std::size_t point_length(const char16_t* text) {
 constexpr auto kIsNumberPart = [] {
     std::array<bool, 128> isPart{};
     for (const char part : std::string_view("0123456789eE+-")) {
-        isPart[static_cast<std::size_t>(part)] = true;
+        isPart[static_cast<unsigned char>(part)] = true;
     }
     return isPart;
 }();

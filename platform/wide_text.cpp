@@ -90,9 +90,9 @@ inline Units reversed(Units units) {
 
 std::size_t wcslen(const char16_t* text) noexcept {
     constexpr std::uintptr_t kStepBytes = 4 * kVectorBytes;
-    const std::uintptr_t offset = address_of(text) % kVectorBytes;
-    const auto* p = reinterpret_cast<const char16_t*>(address_of(text) - offset);
-    const auto skipped = static_cast<std::ptrdiff_t>(offset / sizeof(char16_t));
+    const auto skipped =
+        static_cast<std::ptrdiff_t>(address_of(text) % kVectorBytes / sizeof(char16_t));
+    const char16_t* p = text - skipped;
     std::uint64_t ends = hit_bits(load_zero_lanes(p) & lanes_from<char16_t>(skipped));
     while (ends == 0) {
         p += kLanes;
