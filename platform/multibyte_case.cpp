@@ -55,12 +55,35 @@ private:
     Answer answers_[kSlots] = {};  // no character is two NULs
 };
 
+void fold_step(const Fold& fold, char* p) {
+    store_lanes(p, fold.Ascii(load_lanes(p)));
+}
+
+// Folds whole vectors of ASCII from `p` on; gives the place behind them.
+char* fold_ascii_steps(const Fold& fold, char* p, const char* last) {
+    while (last - p >= 4 * kLanes) {
+        if (has_hit((load_lanes(p) | load_lanes(p + kLanes) | load_lanes(p + 2 * kLanes) |
+                     load_lanes(p + 3 * kLanes)) > 0x7F)) {
+            break;
+        }
+        fold_step(fold, p);
+        fold_step(fold, p + kLanes);
+        fold_step(fold, p + 2 * kLanes);
+        fold_step(fold, p + 3 * kLanes);
+        p += 4 * kLanes;
+    }
+    while (last - p >= kLanes && is_ascii_step(p)) {
+        fold_step(fold, p);
+        p += kLanes;
+    }
+    return p;
+}
+
 // Folds the ASCII bytes from `p` on; gives the first other byte, or `last`.
 inline char* fold_ascii(const Fold& fold, bool inVectors, char* p, const char* last) {
     // In other scripts a run is often a lone space, too short to try.
-    while (inVectors && last - p >= kLanes && is_ascii(p[1]) && is_ascii_step(p)) {
-        store_lanes(p, fold.Ascii(load_lanes(p)));
-        p += kLanes;
+    if (inVectors && last - p >= kLanes && is_ascii(p[1])) {
+        p = fold_ascii_steps(fold, p, last);
     }
     for (; p < last && is_ascii(*p); ++p) {
         *p = fold.Byte(*p);

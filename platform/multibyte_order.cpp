@@ -20,9 +20,9 @@ struct Pair {
         return static_cast<unsigned char>(left[at]) - static_cast<unsigned char>(right[at]);
     }
 
-    void PrepareForLong() {}
+    static Bytes CaseBit() { return Bytes{}; }
 
-    Bytes Alike(std::size_t at) const {
+    Bytes Alike(std::size_t at, Bytes) const {
         return reinterpret_cast<Bytes>(load_lanes(left + at) == load_lanes(right + at));
     }
 
@@ -41,15 +41,16 @@ public:
                static_cast<unsigned char>(fold_.Byte(right[at]));
     }
 
-    void PrepareForLong() { caseBit_ = splat_lanes(fold_.IsUsualForAscii() ? kCaseBit : '\0'); }
+    // In which bit letters of the same fold differ; none where the fold is not the usual one.
+    Bytes CaseBit() const { return splat_lanes(fold_.IsUsualForAscii() ? kCaseBit : '\0'); }
 
     // Not all that folds to the same, but nearly all.
-    Bytes Alike(std::size_t at) const {
+    Bytes Alike(std::size_t at, Bytes caseBit) const {
         const Bytes bytes = load_lanes(left + at);
         const Bytes difference = bytes ^ load_lanes(right + at);
-        const auto isLetter = reinterpret_cast<Bytes>((bytes | caseBit_) - 'a' < kLetters);
+        const auto isLetter = reinterpret_cast<Bytes>((bytes | caseBit) - 'a' < kLetters);
         return reinterpret_cast<Bytes>(difference == 0) |
-               (reinterpret_cast<Bytes>(difference == caseBit_) & isLetter);
+               (reinterpret_cast<Bytes>(difference == caseBit) & isLetter);
     }
 
     const char* left;
@@ -60,16 +61,15 @@ private:
     static constexpr unsigned char kLetters = 26;
 
     const Fold& fold_;
-    Bytes caseBit_{};
 };
 
 // Needs as many bytes in front of `at` as a vector has, all without a difference.
 template <class Texts>
-std::size_t difference_within(const Texts& texts, std::size_t at, std::size_t end) {
+std::size_t difference_within(const Texts& texts, std::size_t at, std::size_t end, Bytes caseBit) {
     while (at < end) {
         // The last step looks at some bytes for the second time.
         const std::size_t step = std::min(at, end - kLanes);
-        std::uint64_t hits = hit_bits(~texts.Alike(step));
+        std::uint64_t hits = hit_bits(~texts.Alike(step, caseBit));
         for (; hits != 0; hits = without_first_hit<char>(hits)) {
             const std::size_t place = step + static_cast<std::size_t>(first_hit<char>(hits));
             if (texts.Order(place) != 0) {
@@ -84,19 +84,19 @@ std::size_t difference_within(const Texts& texts, std::size_t at, std::size_t en
 // Where the texts differ first from `at` on; where they do not, the end of both. Their lengths are
 // not known, so they are taken in pieces.
 template <class Texts>
-std::size_t first_difference(Texts texts, std::size_t at) {
+std::size_t first_difference(const Texts& texts, std::size_t at) {
     constexpr std::size_t kPiece = 256;
     for (const std::size_t soon = at + kLanes; at < soon; ++at) {
         if (texts.Order(at) != 0 || texts.left[at] == '\0') {
             return at;
         }
     }
-    texts.PrepareForLong();
+    const Bytes caseBit = texts.CaseBit();
     for (;;) {
         const std::size_t size =
             std::min(::strnlen(texts.left + at, kPiece), ::strnlen(texts.right + at, kPiece));
         const std::size_t end = at + size;
-        at = difference_within(texts, at, end);
+        at = difference_within(texts, at, end, caseBit);
         if (at < end || size < kPiece) {
             return at;
         }
