@@ -41,8 +41,8 @@ std::ptrdiff_t sum_of(SignedUnits lanes) {
     return sum;
 }
 
-std::size_t bytes_of(char32_t code) {
-    return code < 0x80 ? 1 : code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
+std::size_t bytes_of(char16_t unit) {
+    return unit < 0x80 ? 1 : unit < 0x800 ? 2 : 3;
 }
 
 /// The byte of a sequence that takes the bits from `shift` on.
@@ -50,22 +50,14 @@ char continuation(char32_t code, int shift) {
     return static_cast<char>(0x80 | (code >> shift & 0x3F));
 }
 
-char* put_utf8(char32_t code, char* out) {
-    if (code < 0x80) {
-        *out = static_cast<char>(code);
-        return out + 1;
-    }
-    if (code < 0x800) {
-        out[0] = static_cast<char>(0xC0 | code >> 6);
-        out[1] = continuation(code, 0);
-        return out + 2;
-    }
-    if (code < 0x10000) {
-        out[0] = static_cast<char>(0xE0 | code >> 12);
-        out[1] = continuation(code, 6);
-        out[2] = continuation(code, 0);
-        return out + 3;
-    }
+char* put_three(char32_t code, char* out) {
+    out[0] = static_cast<char>(0xE0 | code >> 12);
+    out[1] = continuation(code, 6);
+    out[2] = continuation(code, 0);
+    return out + 3;
+}
+
+char* put_four(char32_t code, char* out) {
     out[0] = static_cast<char>(0xF0 | code >> 18);
     out[1] = continuation(code, 12);
     out[2] = continuation(code, 6);
@@ -73,20 +65,35 @@ char* put_utf8(char32_t code, char* out) {
     return out + 4;
 }
 
+struct Stop {
+    const char16_t* p;
+    char* out;
+};
+
 /// The units in front of `end`, and on to the second half of a pair.
-char* encode_steps(const char16_t*& p, const char16_t* end, const char16_t* last, char* out) {
+Stop encode_steps(const char16_t* p, const char16_t* end, const char16_t* last, char* out) {
     while (p < end) {
-        const char32_t code = utf16_code(p, last);
-        if (code < 0xD800) {
-            out = put_utf8(code, out);
+        const char16_t unit = *p++;
+        if (unit < 0x80) {
+            *out++ = static_cast<char>(unit);
+        } else if (unit < 0x800) {
+            out[0] = static_cast<char>(0xC0 | unit >> 6);
+            out[1] = continuation(unit, 0);
+            out += 2;
+        } else if (!is_surrogate(unit)) {
+            out = put_three(unit, out);
+        } else if (const char32_t code = utf16_code(p - 1, last); code >= 0x10000) {
+            out = put_four(code, out);
             ++p;
         } else {
-            out = put_utf8(is_surrogate(code) ? 0xFFFD : code, out);
-            p += utf16_units(code);
+            out = put_three(0xFFFD, out);
         }
     }
-    return out;
+    return {p, out};
 }
+
+/// Units that are done one by one where a surrogate shows up: there may be more of them.
+constexpr std::ptrdiff_t kSurrogateStretch = 4 * kBlock;
 
 /// Eight lengths, added up.
 struct Places {
@@ -230,7 +237,10 @@ void utf8_encode(const char16_t* source, std::size_t length, char* destination,
             out = encode_block_of_twos(units, out);
             p += kBlock;
         } else if (hit_bits(in_kind(units, 0xF800, 0xD800)) != 0) {
-            out = encode_steps(p, p + kBlock, last, out);
+            const char16_t* end = p + std::min(kSurrogateStretch, last - p);
+            const Stop stop = encode_steps(p, end, last, out);
+            p = stop.p;
+            out = stop.out;
         } else {
             out = upper == hit_bits(~Units{}) ? encode_block_of_threes(p, out)
                                               : encode_block(p, units, out);
