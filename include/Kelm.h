@@ -349,8 +349,9 @@ public:
     /// Replaces every occurrence, from the left and without overlap, in front of and behind NULs. A
     /// null replacement is an empty one; an empty or null search text finds nothing. The result is
     /// the number of occurrences; 0 leaves the value untouched. Works in place where the block is
-    /// not shared and the result fits, else in a new block of exactly the result's length. Neither
-    /// text may lie in the value's own. Linear.
+    /// not shared and the result fits, else in a new block: of the result's length or, for a
+    /// shorter result of a shared text, the old one. Neither text may lie in the value's own.
+    /// Linear.
     int Replace(const char* pchOld, const char* pchNew);
 
     /// Replaces every occurrence, case ignored, one exact form of it at a time and that form
@@ -373,7 +374,8 @@ public:
     int RemoveControl();              ///< Removes every control byte, NUL included.
 
     /// Removes every occurrence, case ignored, until none is left: those that a removal forms as
-    /// well. Ends at the first NUL. The value moves to a block of exactly its length.
+    /// well. Ends at the first NUL. With a hit the value moves to a block of exactly its length,
+    /// unless it is locked or nothing is left.
     int NCRemove(const char* pchText);
     int NCRemove(char ch);  ///< The same for one character; NUL removes nothing.
 
@@ -1015,8 +1017,9 @@ public:
     /// Replaces every occurrence, from the left and without overlap, in front of and behind NULs. A
     /// null replacement is an empty one; an empty or null search text finds nothing. The result is
     /// the number of occurrences; 0 leaves the value untouched. Works in place where the block is
-    /// not shared and the result fits, else in a new block of exactly the result's length. Neither
-    /// text may lie in the value's own. Linear.
+    /// not shared and the result fits, else in a new block: of the result's length or, for a
+    /// shorter result of a shared text, the old one. Neither text may lie in the value's own.
+    /// Linear.
     int Replace(const char16_t* pchOld, const char16_t* pchNew);
 
     /// @}
@@ -1032,7 +1035,8 @@ public:
     int RemoveControl();                  ///< Removes every control unit, NUL included.
 
     /// Removes every occurrence, case ignored, until none is left: those that a removal forms as
-    /// well. Ends at the first NUL. The value moves to a block of exactly its length.
+    /// well. Ends at the first NUL. With a hit the value moves to a block of exactly its length,
+    /// unless nothing is left.
     int NCRemove(const char16_t* pchText);
     int NCRemove(char16_t ch);  ///< The same for one unit; NUL removes nothing.
 

@@ -80,13 +80,8 @@ std::size_t step(const CodePage& page, const char* pch) {
 
 int count_hits(const CodePage& page, const char* pchFirst, const char* pchLast, int nLen,
                const char* pchText) {
-    int nHits = 0;
-    const std::size_t nSize = static_cast<std::size_t>(nLen);
-    while ((pchFirst = platform::_mbsstr(page, pchFirst, pchLast, pchText, nSize)) != nullptr) {
-        pchFirst += nLen;
-        ++nHits;
-    }
-    return nHits;
+    return static_cast<int>(
+        platform::count_text(page, pchFirst, pchLast, pchText, static_cast<std::size_t>(nLen)));
 }
 
 /// Moves [pchRead, pchEnd) to `pchWrite`, which may be the same place or in front of it, and gives
@@ -580,7 +575,8 @@ int Kelm::NCFind(char ch) const {
     const CodePage& page = *platform::process_code_page();
     const char chUpper = platform::toupper(ch);
     if (chUpper == '\0') {
-        return Find(chUpper);
+        // A copy of a locked value ends at its first NUL, and that decides here.
+        return Kelm(*this).Find(chUpper);
     }
     if (folds_in_place(page) && is_ascii(&chUpper, 1)) {
         return hit_index(
@@ -850,8 +846,8 @@ int Kelm::NCReplace(const char* pchOld, const char* pchNew) {
         return 0;
     }
     const int nNew = pchNew == nullptr ? 0 : text_length(pchNew);
-    const long long nLimit =
-        std::max<long long>(65536, 16 * static_cast<long long>(GetLength()) * nNew);
+    const long long nReplaced = static_cast<long long>(GetLength()) * nNew;
+    const long long nLimit = std::max(65536LL, 16 * std::min(nReplaced, LLONG_MAX / 16));
     UpperSearch search(*platform::process_code_page(), pchOld);
     const int nOld = search.GetLength();
     long long nPosition = 0;

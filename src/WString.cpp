@@ -60,13 +60,8 @@ int find_upper(const WString& text, int nLen, const char16_t* pchUpper) {
 
 int count_hits(const char16_t* pchFirst, const char16_t* pchLast, int nLen,
                const char16_t* pchText) {
-    int nHits = 0;
-    const std::size_t nSize = static_cast<std::size_t>(nLen);
-    while ((pchFirst = platform::wcsstr(pchFirst, pchLast, pchText, nSize)) != nullptr) {
-        pchFirst += nLen;
-        ++nHits;
-    }
-    return nHits;
+    return static_cast<int>(
+        platform::count_text(pchFirst, pchLast, pchText, static_cast<std::size_t>(nLen)));
 }
 
 /// Moves [pchRead, pchEnd) to `pchWrite`, which may be the same place or in front of it, and gives
@@ -771,7 +766,7 @@ void WString::AppendFormatV(const char16_t* pchFormat, va_list argList) {
     FormatAt(GetLength(), pchFormat, argList);
 }
 
-/// Prints behind the first `nIndex` bytes. Where the estimate is no bound, the text is measured
+/// Prints behind the first `nIndex` units. Where the estimate is no bound, the text is measured
 /// first, so that it is never cut and never overwritten before the room is there.
 void WString::FormatAt(int nIndex, const char16_t* pchFormat, va_list argList) {
     const platform::Estimate estimate = platform::estimate(pchFormat, argList);
@@ -1017,7 +1012,9 @@ void WString::ConcatInPlace(int nLen, const char16_t* pchText) {
         copy_units(pchEnd, pchText, nLen);
     }
     pData->nDataLength += nLen;
-    require(pData->nDataLength <= pData->nAllocLength, "pData->nDataLength <= pData->nAllocLength");
+    require(pData->nDataLength <= pData->nAllocLength,
+            nLen > 2 ? "GetData ()->nDataLength <= GetData ()->nAllocLength"
+                     : "pData->nDataLength <= pData->nAllocLength");
     m_pchData[pData->nDataLength] = u'\0';
 }
 
