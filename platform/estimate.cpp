@@ -15,6 +15,8 @@ constexpr long long kMaxPoint = MB_LEN_MAX;
 constexpr long long kMaxEncoded = 4;
 
 constexpr long long kNullTextLength = 6;
+constexpr long long kIntegerAllowance = 32;
+constexpr long long kMostDigits = 22;  // 64 bits in octal
 
 // Does not read past a precision: nothing behind it is printed.
 std::size_t measure(const char* text, int precision) {
@@ -42,6 +44,18 @@ public:
         constexpr long long kAllowance = kIsWide ? 2 : 1;
         allowance_ += static_cast<long long>(count) * kAllowance;
         most_ += static_cast<long long>(count);
+    }
+
+    void PlainInteger(int) {
+        allowance_ += kIntegerAllowance;
+        most_ += kMostDigits;
+    }
+
+    void PlainText(const Unit* text) {
+        const long long length =
+            text != nullptr ? static_cast<long long>(measure(text, 0)) : kNullTextLength;
+        allowance_ += std::max<long long>(length, 1);
+        most_ += length;
     }
 
     void Convert(const Conversion& conversion) {
@@ -100,11 +114,10 @@ private:
     }
 
     void AddInteger(const Conversion& conversion) {
-        constexpr long long kDigits = 22;  // 64 bits in octal
-        constexpr long long kPrefix = 3;   // the sign and 0x of a pointer
+        constexpr long long kPrefix = 3;  // the sign and 0x of a pointer
         const long long sum = static_cast<long long>(conversion.width) + conversion.precision;
-        Add(conversion, std::max<long long>(32, sum),
-            std::max<long long>(kDigits, conversion.precision) + kPrefix);
+        Add(conversion, std::max<long long>(kIntegerAllowance, sum),
+            std::max<long long>(kMostDigits, conversion.precision) + kPrefix);
     }
 
     void AddFloating(const Conversion& conversion) {

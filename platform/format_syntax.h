@@ -76,8 +76,20 @@ enum Option : unsigned {
     kBlank = 4,
     kZero = 8,
     kAlternate = 16,
-    kPrecision = 32  ///< one is given, be it 0
+    kPrecision = 32,  ///< one is given, be it 0
+    kStar = 64        ///< the width is an argument
 };
+
+constexpr std::array<unsigned char, '0' + 1> kFlags = [] {
+    std::array<unsigned char, '0' + 1> flags{};
+    flags['-'] = kLeft;
+    flags['+'] = kPlus;
+    flags[' '] = kBlank;
+    flags['0'] = kZero;
+    flags['#'] = kAlternate;
+    flags['*'] = kStar;
+    return flags;
+}();
 
 /// One conversion and its argument.
 struct Conversion {
@@ -96,7 +108,6 @@ struct Conversion {
     };
 
     bool Has(Option option) const { return (options & option) != 0; }
-    bool IsPlain() const { return options == 0 && width == 0; }
     bool IsSigned() const { return letter == 'd' || letter == 'i'; }
     bool IsDecimal() const { return IsSigned() || letter == 'u'; }
     const char* NarrowText() const { return static_cast<const char*>(pointer); }
@@ -144,30 +155,19 @@ int take_number(const Unit*& p) {
 }
 
 template <class Unit>
+unsigned option_of(Unit unit) {
+    const auto index = static_cast<std::make_unsigned_t<Unit>>(unit);
+    return index < kFlags.size() ? kFlags[index] : 0;
+}
+
+template <class Unit>
 void take_flags(const Unit*& p, Arguments& arguments, Conversion& conversion) {
-    for (;; ++p) {
-        switch (*p) {
-            case '#':
-                conversion.options |= kAlternate;
-                ++conversion.alternates;
-                break;
-            case '*':
-                conversion.width = va_arg(arguments.list, int);
-                break;
-            case '-':
-                conversion.options |= kLeft;
-                break;
-            case '+':
-                conversion.options |= kPlus;
-                break;
-            case '0':
-                conversion.options |= kZero;
-                break;
-            case ' ':
-                conversion.options |= kBlank;
-                break;
-            default:
-                return;
+    for (unsigned option; (option = option_of(*p)) != 0; ++p) {
+        conversion.options |= option;
+        if (option == kAlternate) {
+            ++conversion.alternates;
+        } else if (option == kStar) {
+            conversion.width = va_arg(arguments.list, int);
         }
     }
 }
@@ -261,7 +261,9 @@ void take_options(const Unit*& p, Arguments& arguments, Conversion& conversion) 
     }
     require(conversion.width >= 0, "nWidth >= 0");
     take_precision(p, arguments, conversion);
-    conversion.mark = take_prefix(p);
+    if (kind_of(*p) == Kind::None) {
+        conversion.mark = take_prefix(p);
+    }
 }
 
 inline bool is_wide_argument(const Conversion& conversion, bool formatIsWide) {
@@ -313,7 +315,18 @@ inline const char16_t* literal_end(const char16_t* p, ProcessPage&) {
     return p;
 }
 
+/// The conversion at `p`, whatever it is; the result is the place behind it. Kept out of the walk,
+/// which would pay for its registers and its frame with every format.
+template <class Unit, class Visitor>
+[[gnu::noinline]] const Unit* convert_at(const Unit* p, Arguments& arguments, Visitor& visitor) {
+    Conversion conversion;
+    take_conversion(p, arguments, conversion);
+    visitor.Convert(conversion);
+    return p;
+}
+
 /// Gives `visitor` the runs of literal text, with "%%" as a run of one unit, and the conversions.
+/// The two that most formats are made of have a short way: "%d" and "%s".
 template <class Unit, class Visitor>
 void walk_format(const Unit* p, va_list list, ProcessPage& page, Visitor& visitor) {
     Arguments arguments(list);
@@ -326,14 +339,18 @@ void walk_format(const Unit* p, va_list list, ProcessPage& page, Visitor& visito
             return;
         }
         p = end + 1;
-        if (*p == Unit{'%'}) {
+        if (*p == Unit{'d'}) {
+            visitor.PlainInteger(va_arg(arguments.list, int));
+            ++p;
+        } else if (*p == Unit{'s'}) {
+            visitor.PlainText(va_arg(arguments.list, const Unit*));
+            ++p;
+        } else if (*p == Unit{'%'}) {
             visitor.Literal(p, 1);
             ++p;
-            continue;
+        } else {
+            p = convert_at(p, arguments, visitor);
         }
-        Conversion conversion;
-        take_conversion(p, arguments, conversion);
-        visitor.Convert(conversion);
     }
 }
 

@@ -123,6 +123,12 @@ private:
     const char* known_;  // a boundary
 };
 
+// Whether each byte of this value starts a character.
+bool starts_anywhere(const CodePage& page, char byte) {
+    return page.grouping == Grouping::SingleByte ||
+           (page.grouping == Grouping::Utf8 && !is_utf8_continuation(byte));
+}
+
 const char* last_by_walk(const CodePage& page, const char* first, const char* last, char byte) {
     const char* const end = find_last_unit(first, last, byte);
     const char* found = nullptr;
@@ -312,8 +318,7 @@ const char* _mbsrchr(const CodePage& page, const char* first, const char* last,
 
 const char* _mbsstr(const CodePage& page, const char* first, const char* last, const char* text,
                     std::size_t count) noexcept {
-    if (count == 0 || page.grouping == Grouping::SingleByte ||
-        (page.grouping == Grouping::Utf8 && !is_utf8_continuation(*text))) {
+    if (count == 0 || starts_anywhere(page, *text)) {
         return find_text(first, last, text, count);
     }
     Boundaries boundaries(page, first, last);
@@ -323,6 +328,19 @@ const char* _mbsstr(const CodePage& page, const char* first, const char* last, c
         hit = search.Next();
     }
     return hit;
+}
+
+std::size_t count_text(const CodePage& page, const char* first, const char* last, const char* text,
+                       std::size_t count) noexcept {
+    if (count == 0 || starts_anywhere(page, *text)) {
+        return count_text(first, last, text, count);
+    }
+    std::size_t found = 0;
+    while (const char* hit = _mbsstr(page, first, last, text, count)) {
+        ++found;
+        first = hit + count;
+    }
+    return found;
 }
 
 const char* _mbspbrk(const CodePage& page, const char* first, const char* last,

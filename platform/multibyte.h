@@ -33,6 +33,11 @@ const char* _mbsrchr(const CodePage& page, const char* first, const char* last,
 const char* _mbsstr(const CodePage& page, const char* first, const char* last, const char* text,
                     std::size_t count) noexcept;
 
+/// Occurrences at `text` that do not overlap, each looked for from the end of the one before, which
+/// counts as a boundary. 0 for an empty text.
+std::size_t count_text(const CodePage& page, const char* first, const char* last, const char* text,
+                       std::size_t count) noexcept;
+
 /// First character of the range that occurs in the terminated `set`, or null.
 const char* _mbspbrk(const CodePage& page, const char* first, const char* last,
                      const char* set) noexcept;

@@ -14,6 +14,16 @@ namespace platform {
 
 namespace {
 
+constexpr std::string_view kNullText = "(null)";
+
+std::size_t length_of(const char* text) {
+    return std::strlen(text);
+}
+
+std::size_t length_of(const char16_t* text) {
+    return wcslen(text);
+}
+
 std::size_t bounded_length(const char* text, std::size_t limit) {
     return ::strnlen(text, limit);
 }
@@ -38,6 +48,25 @@ public:
         : sink_(destination, capacity), page_(page), point_(page) {}
 
     void Literal(const Unit* text, std::size_t count) { sink_.Put(text, count); }
+
+    void PlainInteger(int value) {
+        constexpr std::size_t kLongest = 11;
+        if (sink_.Room() >= kLongest) {
+            sink_.Advance(print_integer(sink_.Next(), static_cast<long long>(value)));
+            return;
+        }
+        Unit buffer[kLongest];
+        const int count = print_integer(buffer, static_cast<long long>(value));
+        sink_.Put(buffer, static_cast<std::size_t>(count));
+    }
+
+    void PlainText(const Unit* text) {
+        if (text != nullptr) {
+            sink_.Put(text, length_of(text));
+        } else {
+            sink_.PutAscii(kNullText.data(), kNullText.size());
+        }
+    }
 
     void Convert(const Conversion& conversion) {
         switch (conversion.kind) {
@@ -107,8 +136,7 @@ private:
         const std::size_t limit =
             conversion.Has(kPrecision) ? static_cast<std::size_t>(conversion.precision) : SIZE_MAX;
         if (conversion.pointer == nullptr) {
-            constexpr std::size_t kLength = 6;
-            PutPadded(conversion, "(null)", std::min(kLength, limit));
+            PutPadded(conversion, kNullText.data(), std::min(kNullText.size(), limit));
         } else if (conversion.isWide == kIsWide) {
             PutOwnText(conversion, static_cast<const Unit*>(conversion.pointer), limit);
         } else {
@@ -133,22 +161,6 @@ private:
     }
 
     void PutInteger(const Conversion& conversion) {
-        constexpr std::size_t kLongest = 20;
-        if (conversion.IsPlain() && sink_.Room() >= kLongest && conversion.IsDecimal()) {
-            PutPlainDecimal(conversion);
-        } else {
-            PutLaidOutInteger(conversion);
-        }
-    }
-
-    void PutPlainDecimal(const Conversion& conversion) {
-        const long long value = conversion.integer;
-        sink_.Advance(conversion.IsSigned()
-                          ? print_integer(sink_.Next(), value)
-                          : print_integer(sink_.Next(), static_cast<unsigned long long>(value)));
-    }
-
-    void PutLaidOutInteger(const Conversion& conversion) {
         const IntegerText text(conversion);
         const std::size_t count = text.Count();
         const std::size_t precision = static_cast<std::size_t>(conversion.precision);
@@ -159,15 +171,33 @@ private:
             length += zeros;
         }
         PadLeft(conversion, length);
-        sink_.PutAscii(text.prefix.text, text.prefix.length);
+        PutPrefix(text.prefix);
         sink_.Fill('0', zeros);
-        sink_.PutAscii(text.digits, count);
+        PutDigits(text);
         PadRight(conversion, length);
+    }
+
+    void PutPrefix(const NumberPrefix& prefix) {
+        for (std::size_t i = 0; i < prefix.length; ++i) {
+            sink_.Put(static_cast<Unit>(prefix.text[i]));
+        }
+    }
+
+    void PutDigits(const IntegerText& text) {
+        const std::size_t count = text.Count();
+        if (sink_.Room() >= count) {
+            text.Write(sink_.Next() + count);
+            sink_.Advance(static_cast<int>(count));
+            return;
+        }
+        Unit buffer[IntegerText::kMostDigits];
+        text.Write(buffer + count);
+        sink_.Put(buffer, count);
     }
 
     void PutPointer(const Conversion& conversion) {
         if (conversion.pointer != nullptr) {
-            PutLaidOutInteger(conversion);
+            PutInteger(conversion);
         } else {
             constexpr std::size_t kLength = 5;
             PutPadded(conversion, "(nil)", kLength);
@@ -190,7 +220,7 @@ private:
             length += zeros;
         }
         PadLeft(conversion, length);
-        sink_.PutAscii(prefix.text, prefix.length);
+        PutPrefix(prefix);
         sink_.Fill('0', zeros);
         put_float(sink_, point_, text);
         PadRight(conversion, length);

@@ -1,26 +1,11 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 
+#include "digits.h"
 #include "format_syntax.h"
 
 namespace platform {
-
-constexpr std::array<unsigned long long, 20> kPowersOfTen = [] {
-    std::array<unsigned long long, 20> powers{};
-    unsigned long long power = 1;
-    for (unsigned long long& entry : powers) {
-        entry = power;
-        power *= 10;
-    }
-    return powers;
-}();
-
-/// The whole part of the logarithm to the base 10 of 2 ** bits, for |bits| up to 1100.
-constexpr int tens_of_bits(int bits) {
-    return static_cast<int>((bits * 315653LL) >> 20);
-}
 
 /// What stands in front of a number's digits: a sign and "0x".
 struct NumberPrefix {
@@ -40,27 +25,37 @@ struct NumberPrefix {
     std::size_t length = 0;
 };
 
-/// The digits of an integer or of a pointer that is not null, without what a width and a precision
-/// add in front of them.
+/// An integer, or a pointer that is not null, without what a width and a precision add in front of
+/// its digits.
 class IntegerText {
 public:
+    static constexpr std::size_t kMostDigits = 23;
+
     explicit IntegerText(const Conversion& conversion) noexcept;
-    IntegerText(const IntegerText&) = delete;
-    IntegerText& operator=(const IntegerText&) = delete;
+
+    std::size_t Count() const { return count_; }
+
+    /// Writes the digits, the last in front of `end`.
+    template <class Unit>
+    void Write(Unit* end) const {
+        if (bits_ != 0) {
+            put_digits(end, value_, count_, bits_, digits_);
+        } else if (count_ != 0) {
+            put_decimal(end, value_);
+        }
+    }
 
     NumberPrefix prefix;
-    const char* digits;
-
-    std::size_t Count() const { return static_cast<std::size_t>(buffer_ + kRoom - digits); }
 
 private:
-    void SetPointer(const Conversion& conversion) noexcept;
     void SetDecimal(const Conversion& conversion) noexcept;
-    void SetHexadecimal(const Conversion& conversion, unsigned long long value) noexcept;
-    void SetOctal(const Conversion& conversion, unsigned long long value) noexcept;
+    void SetHexadecimal(const Conversion& conversion) noexcept;
+    void SetOctal(const Conversion& conversion) noexcept;
 
-    static constexpr int kRoom = 24;
-    char buffer_[kRoom];
+    unsigned long long value_;
+    std::size_t count_ = 0;
+    int bits_ = 0;  // of a digit; 0 in decimal
+    const char* digits_ = "0123456789abcdef";
 };
 
 }  // namespace platform

@@ -54,6 +54,9 @@ public:
     }
 
     void Fill(char character, std::size_t count) {
+        if (count == 0) {
+            return;
+        }
         const std::size_t kept = Keep(count);
         std::fill_n(next_, kept, static_cast<Unit>(character));
         next_ += kept;

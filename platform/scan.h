@@ -35,6 +35,11 @@ template <class Unit>
 const Unit* find_text(const Unit* first, const Unit* last, const Unit* text,
                       std::size_t count) noexcept;
 
+/// Occurrences that do not overlap, from left to right; 0 for an empty text.
+template <class Unit>
+std::size_t count_text(const Unit* first, const Unit* last, const Unit* text,
+                       std::size_t count) noexcept;
+
 /// Puts `to` in the place of every unit equal to `from`; the result is their number.
 template <class Unit>
 std::size_t replace_unit(Unit* first, Unit* last, Unit from, Unit to) noexcept;

@@ -42,6 +42,9 @@ constexpr std::size_t kChoice = 32;
 constexpr std::size_t kQuickBytes = 32;
 constexpr std::ptrdiff_t kQuickPlaces = 256;
 
+// A unit that is in more than one of so many blocks is not rare.
+constexpr std::ptrdiff_t kCommon = 8;
+
 // What may be spent on comparisons: this much, and a multiple of the way already gone. A comparison
 // costs a glance, and the length of the text where its ends fit.
 constexpr std::size_t kSlack = 2048;
@@ -261,6 +264,14 @@ const Unit* TextSearch<Unit>::Next() noexcept {
 }
 
 template <class Unit>
+void TextSearch<Unit>::SkipTo(const Unit* place) noexcept {
+    if (place > next_) {
+        next_ = std::min(place, end_);
+        known_ = 0;
+    }
+}
+
+template <class Unit>
 bool TextSearch<Unit>::Matches(const Unit* place) {
     const auto* a = reinterpret_cast<const char*>(place);
     const auto* b = reinterpret_cast<const char*>(text_);
@@ -290,11 +301,19 @@ template <class Unit>
 const Unit* TextSearch<Unit>::NextByUnits() {
     constexpr std::ptrdiff_t kWide = Probe<Unit>::kWide;
     const Probe<Unit> probe(text_, firstUnit_, secondUnit_);
-    const bool isFirstRare = way_ == Way::OneUnit;
     const Unit* const end = end_;
     const Unit* place = next_;
     for (; end - place >= kWide; place += kWide) {
-        const std::uint64_t hits = isFirstRare && !probe.HasFirst(place) ? 0 : probe.Hits(place);
+        if (way_ == Way::OneUnit) {
+            if (!probe.HasFirst(place)) {
+                continue;
+            }
+            // In this text the unit may not be rare at all.
+            if (++met_ > kCommon + (place - first_) / (kWide * kCommon)) {
+                way_ = Way::TwoUnits;
+            }
+        }
+        const std::uint64_t hits = probe.Hits(place);
         if (hits == 0) {
             continue;
         }
@@ -388,10 +407,66 @@ const Unit* find_text(const Unit* first, const Unit* last, const Unit* text,
                : find_with_care(first, last, text, count);
 }
 
+// Of a text that is compared in a step, so that nothing can mislead.
+template <class Unit>
+std::size_t count_short_text(const Unit* first, const Unit* end, const Unit* text,
+                             std::size_t count) {
+    constexpr std::ptrdiff_t kWide = Probe<Unit>::kWide;
+    const std::size_t size = count * sizeof(Unit);
+    const TwoUnits units = choose_well(text, count);
+    const Probe<Unit> probe(text, units.first, units.second);
+    std::size_t found = 0;
+    const Unit* next = first;
+    for (const Unit* block = first; end - block >= kWide; block += kWide) {
+        std::uint64_t hits = probe.Hits(block);
+        while (hits != 0 && next - block < kWide) {
+            hits = hits_from(hits, block, std::max(block, next));
+            const Unit* match = quick_match(hits, block, text, size);
+            if (match == nullptr) {
+                break;
+            }
+            ++found;
+            next = match + count;
+        }
+        next = std::max(next, std::min(block + kWide, end));
+    }
+    while (next < end) {
+        const Unit* match = find_quickly(next, end, text, count);
+        if (match == nullptr) {
+            break;
+        }
+        ++found;
+        next = match + count;
+    }
+    return found;
+}
+
+template <class Unit>
+std::size_t count_text(const Unit* first, const Unit* last, const Unit* text,
+                       std::size_t count) noexcept {
+    const auto size = static_cast<std::size_t>(last - first);
+    if (count == 0 || count > size) {
+        return 0;
+    }
+    if (count * sizeof(Unit) <= kQuickBytes) {
+        return count_short_text(first, first + (size - count + 1), text, count);
+    }
+    std::size_t found = 0;
+    TextSearch<Unit> search(first, last, text, count);
+    while (const Unit* match = search.Next()) {
+        ++found;
+        search.SkipTo(match + count);
+    }
+    return found;
+}
+
 template class TextSearch<char>;
 template class TextSearch<char16_t>;
 template const char* find_text(const char*, const char*, const char*, std::size_t) noexcept;
 template const char16_t* find_text(const char16_t*, const char16_t*, const char16_t*,
                                    std::size_t) noexcept;
+template std::size_t count_text(const char*, const char*, const char*, std::size_t) noexcept;
+template std::size_t count_text(const char16_t*, const char16_t*, const char16_t*,
+                                std::size_t) noexcept;
 
 }  // namespace platform

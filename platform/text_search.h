@@ -18,6 +18,9 @@ public:
     /// The next place, which may overlap the one before; null when there is none left.
     const Unit* Next() noexcept;
 
+    /// Leaves out the places in front of `place`, which is not behind the end.
+    void SkipTo(const Unit* place) noexcept;
+
 private:
     enum class Way : unsigned char { TwoUnits, OneUnit, Linear };
 
@@ -37,6 +40,7 @@ private:
     std::size_t secondUnit_;
     std::size_t spent_ = 0;  // units compared so far
     Way way_;
+    std::ptrdiff_t met_ = 0;  // blocks with the first unit
 
     // Of the linear way.
     CriticalCut cut_{};

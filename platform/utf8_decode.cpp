@@ -304,8 +304,14 @@ bool decode_four_threes(const char* p, char16_t* out) {
     return true;
 }
 
+/// How far a run of single steps came.
+struct Stop {
+    const char* p;
+    char16_t* out;
+};
+
 /// The characters of a well-formed text that begin in front of `end`.
-char16_t* decode_trusted_steps(const char*& p, const char* end, char16_t* out) {
+Stop decode_trusted_steps(const char* p, const char* end, char16_t* out) {
     while (p < end) {
         const auto lead = static_cast<unsigned char>(*p);
         if (lead < 0x80) {
@@ -325,47 +331,50 @@ char16_t* decode_trusted_steps(const char*& p, const char* end, char16_t* out) {
             p += 4;
         }
     }
-    return out;
+    return {p, out};
 }
 
 /// Counts a segment that blocks cannot tell, and on to the end of its last character.
 const char* count_steps(const char* p, const char* end, const char* last, Utf8Measure& measure) {
+    std::size_t units = 0;
+    bool isWellFormed = true;
     while (p < end) {
         if (is_ascii(*p) && end - p >= 8) {
             const std::size_t ascii = ascii_of_eight(p);
-            measure.units += ascii;
+            units += ascii;
             p += ascii;
-            if (ascii == 8) {
-                continue;
-            }
+            continue;
         }
         const Step step = read_step(p, last);
-        measure.isWellFormed &= step.isWellFormed;
-        measure.units += utf16_units(step.code);
+        isWellFormed &= step.isWellFormed;
+        units += utf16_units(step.code);
         p += step.bytes;
     }
+    measure.units += units;
+    measure.isWellFormed &= isWellFormed;
     return p;
 }
 
-/// Decodes the same.
-const char* decode_steps(const char* p, const char* end, const char* last, char16_t*& out,
-                         const char16_t* limit) {
+/// Decodes the same into room that ends at `limit`.
+Stop decode_steps(const char* p, const char* end, const char* last, char16_t* out,
+                  const char16_t* limit) {
     while (p < end) {
         if (is_ascii(*p) && end - p >= 8 && limit - out >= 8) {
             const std::size_t ascii = ascii_of_eight(p);
             widen_eight(p, out);
             out += ascii;
             p += ascii;
-            if (ascii == 8) {
-                continue;
-            }
+            continue;
         }
         const Step step = read_step(p, last);
         out = put_utf16(step.code, out);
         p += step.bytes;
     }
-    return p;
+    return {p, out};
 }
+
+/// Bytes that are done one by one where a lead of four shows up: there may be more of them.
+constexpr std::ptrdiff_t kFourStretch = 4 * kBlock;
 
 /// A well-formed segment into room that ends at `limit`.
 char16_t* decode_well_formed(const char* p, const char* last, char16_t* out,
@@ -390,10 +399,12 @@ char16_t* decode_well_formed(const char* p, const char* last, char16_t* out,
             p += is_utf8_continuation(*p);
             p += is_utf8_continuation(*p);
         } else {
-            out = decode_trusted_steps(p, p + kBlock, out);
+            const Stop stop = decode_trusted_steps(p, p + std::min(kFourStretch, last - p), out);
+            p = stop.p;
+            out = stop.out;
         }
     }
-    return decode_trusted_steps(p, last, out);
+    return decode_trusted_steps(p, last, out).out;
 }
 
 }  // namespace
@@ -425,7 +436,9 @@ void utf8_decode(const char* source, std::size_t length, Utf8Measure measure,
             out = decode_well_formed(p, end, out, limit);
             p = end;
         } else {
-            p = decode_steps(p, end, last, out, limit);
+            const Stop stop = decode_steps(p, end, last, out, limit);
+            p = stop.p;
+            out = stop.out;
         }
     }
 }

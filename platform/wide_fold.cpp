@@ -96,8 +96,28 @@ private:
     std::optional<Folds> answers_;
 };
 
+// Folds from the start on, as long as four vectors hold nothing but ASCII; gives where it stopped.
+char16_t* fold_ascii(char16_t* first, char16_t* last, const Folder& fold) {
+    for (; last - first >= 4 * kLanes; first += 4 * kLanes) {
+        Units vectors[4];
+        Units all{};
+        for (std::ptrdiff_t i = 0; i < 4; ++i) {
+            vectors[i] = load_lanes(first + i * kLanes);
+            all |= vectors[i];
+        }
+        if (has_hit(reinterpret_cast<Units>(all >= splat_lanes(kFirstNonAscii)))) {
+            break;
+        }
+        for (std::ptrdiff_t i = 0; i < 4; ++i) {
+            store_lanes(first + i * kLanes, fold.Ascii(vectors[i]));
+        }
+    }
+    return first;
+}
+
 void fold_units(char16_t* first, char16_t* last, Folder fold) {
     if (fold.IsUsualForAscii()) {
+        first = fold_ascii(first, last, fold);
         for (; last - first >= kLanes; first += kLanes) {
             const Units units = load_lanes(first);
             store_lanes(first, fold.Ascii(units));

@@ -134,6 +134,12 @@ int wcscmp(const char16_t* left, const char16_t* right) noexcept {
             return left[at] - right[at];
         }
     } while (at < kBlockUnits && units_in_pages(left + at, right + at) < kBlockUnits);
+    // For the sake of aligned loads, some of what is equal once more.
+    const auto past =
+        static_cast<std::ptrdiff_t>(address_of(left + at) % kBlockAlignment / sizeof(char16_t));
+    if (past <= at && units_in_pages(left + at - past, right + at - past) >= kBlockUnits) {
+        at -= past;
+    }
     while (!ends_in_pages(left, right, at)) {
     }
     return left[at] - right[at];

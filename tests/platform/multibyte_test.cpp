@@ -129,6 +129,11 @@ public:
         }
         EXPECT_EQ(Position(platform::_mbsstr(page_, first_, last_, wanted.data(), wanted.size())),
                   hit);
+        if (hit != kNone && !wanted.empty()) {
+            const char* rest = first_ + hit + wanted.size();
+            EXPECT_EQ(platform::count_text(page_, first_, last_, wanted.data(), wanted.size()),
+                      1 + platform::count_text(page_, rest, last_, wanted.data(), wanted.size()));
+        }
     }
 
     void ExpectSet(const std::string& set) const {

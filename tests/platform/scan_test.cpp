@@ -78,6 +78,13 @@ protected:
         }
         platform::TextSearch<Unit> search(exact.First(), exact.Last(), pattern.First(),
                                           wanted.size());
+        std::size_t count = 0;
+        for (std::size_t at = text.find(wanted); at != Text::npos; ++count) {
+            at = text.find(wanted, at + wanted.size());
+        }
+        ASSERT_EQ(
+            platform::count_text<Unit>(exact.First(), exact.Last(), pattern.First(), wanted.size()),
+            count);
         std::size_t place = text.find(wanted);
         ASSERT_EQ(position(search.Next()), place);
         while (place != Text::npos) {
