@@ -51,7 +51,7 @@ constexpr std::array<Kind, 128> kKinds = [] {
     std::array<Kind, 128> kinds{};
     const auto set = [&kinds](std::string_view letters, Kind kind) {
         for (const char letter : letters) {
-            kinds[static_cast<std::size_t>(letter)] = kind;
+            kinds[static_cast<unsigned char>(letter)] = kind;
         }
     };
     set("cC", Kind::Character);
