@@ -16,8 +16,4 @@ inline constexpr std::uintptr_t kBlockAlignment = 32;
 std::ptrdiff_t end_in_blocks(const char16_t* left, const char16_t* right,
                              std::ptrdiff_t blocks) noexcept;
 
-/// The same on every processor; the former takes the best way that this one has.
-std::ptrdiff_t end_in_blocks_by_lanes(const char16_t* left, const char16_t* right,
-                                      std::ptrdiff_t blocks) noexcept;
-
 }  // namespace platform

@@ -95,7 +95,7 @@ TEST(WideText, IsComparedAtEveryAlignment) {
     EXPECT_EQ(platform::wcsncmp(u"a", u"a", 9), 0);
 }
 
-TEST(WideText, IsComparedInBlocksAlikeOnEveryProcessor) {
+TEST(WideText, IsComparedInBlocks) {
     std::mt19937 random(4);
     for (int i = 0; i < 8000; ++i) {
         std::u16string left = RandomText(random, 3 * platform::kBlockUnits, u"\x8000\x100");
@@ -106,7 +106,6 @@ TEST(WideText, IsComparedInBlocksAlikeOnEveryProcessor) {
         const auto differs = std::mismatch(left.begin(), left.end(), right.begin()).first;
         const auto end = std::find(left.begin(), differs, u'\0') - left.begin();
         ASSERT_EQ(platform::end_in_blocks(left.data(), right.data(), 3), end);
-        ASSERT_EQ(platform::end_in_blocks_by_lanes(left.data(), right.data(), 3), end);
     }
 }
 
