@@ -3,13 +3,13 @@
 // leaks.
 
 #include <atomic>
+#include <cctype>
 #include <clocale>
 #include <cstdarg>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <new>
-#include <regex>
 #include <set>
 #include <utility>
 #include <vector>
@@ -363,12 +363,40 @@ template <class TypeParam>
 class Allocation : public ::testing::Test {};
 TYPED_TEST_SUITE(Allocation, Twins);
 
+/// The name with each word that is this letter alone replaced.
+std::string with_word(const std::string& name, char letter, const std::string& word) {
+    const auto is_part = [](char ch) { return std::isalnum(static_cast<unsigned char>(ch)) != 0; };
+    std::string result;
+    for (std::size_t n = 0; n < name.size(); ++n) {
+        const bool bAlone =
+            (n == 0 || !is_part(name[n - 1])) && (n + 1 == name.size() || !is_part(name[n + 1]));
+        if (name[n] == letter && bAlone) {
+            result += word;
+        } else {
+            result += name[n];
+        }
+    }
+    return result;
+}
+
 /// The row's name as the list of exports has it, qualified or not.
-std::vector<std::string> export_names(std::string name, const std::string& text,
+std::vector<std::string> export_names(const std::string& name, const std::string& text,
                                       const std::string& unit) {
-    name = std::regex_replace(name, std::regex(R"(\bT\b)"), text);
-    name = std::regex_replace(name, std::regex(R"(\bC\b)"), unit);
-    return {name, text + "::" + name};
+    const std::string full = with_word(with_word(name, 'C', unit), 'T', text);
+    return {full, text + "::" + full};
+}
+
+/// What the rows reach through other members, and the comparisons, which only read.
+bool is_covered_by_others(const std::string& name) {
+    static const std::set<std::string> kNames = {
+        "Init",          "AllocBuffer",   "FreeData",           "Release",    "CopyBeforeWrite",
+        "AssignCopy",    "AllocCopy",     "AllocBeforeWrite",   "MoveAssign", "ConcatCopy",
+        "ConcatInPlace", "FormatV",       "GetFormattedLength", "VFormat",    "AppendFormatV",
+        "FindChar",      "_FromCodePage", "FindWhitespace",     "operator==", "operator!=",
+        "operator<",     "operator<=",    "operator>",          "operator>="};
+    const std::string head = name.substr(0, name.find('('));
+    const auto colon = head.rfind(':');
+    return kNames.count(colon == std::string::npos ? head : head.substr(colon + 1)) != 0;
 }
 
 template <class TypeParam>
@@ -413,10 +441,7 @@ TEST(AllocationRows, CoverEveryExport) {
     ASSERT_GT(names.size(), 200U);
     drop_covered<Kelm>(names, "Kelm", "char");
     drop_covered<WString>(names, "WString", "char16_t");
-    // What the rows reach through the members above, and the comparisons, which only read.
-    const std::regex others(
-        R"(.*::(Init|AllocBuffer|FreeData|Release|CopyBeforeWrite|AllocBeforeWrite|AssignCopy|AllocCopy|MoveAssign|ConcatCopy|ConcatInPlace|GetFormattedLength|VFormat|FormatV|AppendFormatV|_FromCodePage|FindWhitespace|FindChar)\(.*|operator[=!<>]=?\(.*)");
     for (const std::string& name : names) {
-        EXPECT_TRUE(std::regex_match(name, others)) << name << " is not tried";
+        EXPECT_TRUE(is_covered_by_others(name)) << name << " is not tried";
     }
 }
