@@ -14,18 +14,6 @@ template <class TypeParam>
 class Replacing : public ::testing::Test {};
 TYPED_TEST_SUITE(Replacing, Twins);
 
-/// All texts over the letters up to a length.
-template <class String>
-std::vector<String> all_texts(const String& letters, std::size_t nMost) {
-    std::vector<String> texts{String()};
-    for (std::size_t n = 0; texts[n].size() < nMost; ++n) {
-        for (const auto ch : letters) {
-            texts.push_back(texts[n] + ch);
-        }
-    }
-    return texts;
-}
-
 template <class TypeParam>
 Open<TypeParam> from(const typename Twin<TypeParam>::String& text) {
     Open<TypeParam> result;

@@ -15,18 +15,6 @@ TYPED_TEST_SUITE(Searching, Twins);
 
 const int kEnds[] = {INT_MIN, INT_MIN + 1, -1, 0, 1, 2, 4, 5, 6, INT_MAX - 1, INT_MAX};
 
-/// All texts of up to `nMost` units of the set.
-template <class String>
-std::vector<String> all_texts(const String& set, std::size_t nMost) {
-    std::vector<String> texts{String()};
-    for (std::size_t n = 0; texts[n].size() < nMost; ++n) {
-        for (const auto ch : set) {
-            texts.push_back(texts[n] + ch);
-        }
-    }
-    return texts;
-}
-
 int index(std::size_t n) {
     return n == std::string::npos ? -1 : static_cast<int>(n);
 }
