@@ -617,8 +617,7 @@ private:
     KELM_LOCAL void CutLeft(const char* pchFirst);
     KELM_LOCAL int CutRight(const char* pchEnd);
     KELM_LOCAL void TrimRightWhere(const bool* pTest);
-    KELM_LOCAL void ReplaceHits(int nHits, int nOld, const char* pchOld, int nNew,
-                                const char* pchNew);
+    KELM_LOCAL int ReplaceHits(int nOld, const char* pchOld, int nNew, const char* pchNew);
     KELM_LOCAL int ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart,
                                long long nLimit);
     template <class FindNext>
@@ -1191,8 +1190,7 @@ private:
     KELM_LOCAL int CutRight(const char16_t* pchEnd);
     template <class Test>
     KELM_LOCAL void TrimRightWhere(Test test);
-    KELM_LOCAL void ReplaceHits(int nHits, int nOld, const char16_t* pchOld, int nNew,
-                                const char16_t* pchNew);
+    KELM_LOCAL int ReplaceHits(int nOld, const char16_t* pchOld, int nNew, const char16_t* pchNew);
     KELM_LOCAL int RemoveJoining(int nUpper, const char16_t* pchUpper);
     KELM_LOCAL void TakeRest(int nHits, int nHit, int nRest, const char16_t* pchRest);
     KELM_LOCAL void FormatAt(int nIndex, const char16_t* pchFormat, va_list argList);

@@ -89,40 +89,6 @@ const char* utf8_start(const char* first, const char* p, const char* last) {
     return p;
 }
 
-// Tells of one place after the other, in rising order, whether a character starts there. All of
-// them together cost one walk at most.
-class Boundaries {
-public:
-    Boundaries(const CodePage& page, const char* first, const char* last)
-        : page_(page), first_(first), last_(last), known_(first) {}
-
-    bool Has(const char* p) {
-        switch (page_.grouping) {
-            case Grouping::SingleByte:
-                return true;
-            case Grouping::Utf8:
-                return utf8_start(first_, p, last_) == p;
-            case Grouping::DoubleByte: {
-                const bool isStart = start_by_parity(lead_run(page_, known_, p), p) == p;
-                known_ = isStart ? p : p + 1;
-                return isStart;
-            }
-            case Grouping::Other:
-                break;
-        }
-        while (known_ < p) {
-            known_ += length_in_range(page_, known_, last_);
-        }
-        return known_ == p;
-    }
-
-private:
-    const CodePage& page_;
-    const char* first_;
-    const char* last_;
-    const char* known_;  // a boundary
-};
-
 // Whether each byte of this value starts a character.
 bool starts_anywhere(const CodePage& page, char byte) {
     return page.grouping == Grouping::SingleByte ||
@@ -282,6 +248,26 @@ const char* run_by_walk(const CodePage& page, const char* first, const char* las
 
 }  // namespace
 
+bool Boundaries::Has(const char* p) noexcept {
+    switch (page_.grouping) {
+        case Grouping::SingleByte:
+            return true;
+        case Grouping::Utf8:
+            return utf8_start(first_, p, last_) == p;
+        case Grouping::DoubleByte: {
+            const bool isStart = start_by_parity(lead_run(page_, known_, p), p) == p;
+            known_ = isStart ? p : p + 1;
+            return isStart;
+        }
+        case Grouping::Other:
+            break;
+    }
+    while (known_ < p) {
+        known_ += length_in_range(page_, known_, last_);
+    }
+    return known_ == p;
+}
+
 const char* _mbschr(const CodePage& page, const char* first, const char* last,
                     unsigned char byte) noexcept {
     const char unit = static_cast<char>(byte);
@@ -330,15 +316,37 @@ const char* _mbsstr(const CodePage& page, const char* first, const char* last, c
     return hit;
 }
 
+TextHits::TextHits(const CodePage& page, const char* first, const char* last, const char* text,
+                   std::size_t count) noexcept
+    : search_(first, last, text, count),
+      boundaries_(page, first, last),
+      count_(count),
+      isAnywhere_(starts_anywhere(page, *text)) {}
+
+const char* TextHits::Next() noexcept {
+    if (isAnywhere_) {
+        return search_.NextApart();
+    }
+    const char* hit = search_.Next();
+    while (hit != nullptr && !boundaries_.Has(hit)) {
+        hit = search_.Next();
+    }
+    if (hit != nullptr) {
+        search_.SkipTo(hit + count_);
+        boundaries_.RestartAt(hit + count_);
+    }
+    return hit;
+}
+
 std::size_t count_text(const CodePage& page, const char* first, const char* last, const char* text,
                        std::size_t count) noexcept {
     if (count == 0 || starts_anywhere(page, *text)) {
         return count_text(first, last, text, count);
     }
+    TextHits hits(page, first, last, text, count);
     std::size_t found = 0;
-    while (const char* hit = _mbsstr(page, first, last, text, count)) {
+    while (hits.Next() != nullptr) {
         ++found;
-        first = hit + count;
     }
     return found;
 }

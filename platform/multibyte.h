@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "code_pages.h"
+#include "text_search.h"
 
 /// Narrow text walked character by character in the process's code page.
 ///
@@ -33,8 +34,45 @@ const char* _mbsrchr(const CodePage& page, const char* first, const char* last,
 const char* _mbsstr(const CodePage& page, const char* first, const char* last, const char* text,
                     std::size_t count) noexcept;
 
-/// Occurrences at `text` that do not overlap, each looked for from the end of the one before, which
-/// counts as a boundary. 0 for an empty text.
+/// Tells of one place after the other, in rising order, whether a character starts there. All of
+/// them together cost one walk at most.
+class Boundaries {
+public:
+    /// `first` is a boundary.
+    Boundaries(const CodePage& page, const char* first, const char* last) noexcept
+        : page_(page), first_(first), last_(last), known_(first) {}
+
+    bool Has(const char* p) noexcept;
+
+    /// Counts `p` as a boundary, and nothing in front of it is read any more.
+    void RestartAt(const char* p) noexcept { first_ = known_ = p; }
+
+private:
+    const CodePage& page_;
+    const char* first_;
+    const char* last_;
+    const char* known_;  // a boundary
+};
+
+/// The occurrences of a text that do not overlap, each looked for from the end of the one before,
+/// which counts as a boundary. What lies in front of that end may have changed meanwhile.
+class TextHits {
+public:
+    /// Looks for the `count` bytes at `text` (free of NUL, at least 1).
+    TextHits(const CodePage& page, const char* first, const char* last, const char* text,
+             std::size_t count) noexcept;
+
+    /// The next one, or null.
+    const char* Next() noexcept;
+
+private:
+    TextSearch<char> search_;
+    Boundaries boundaries_;
+    std::size_t count_;
+    bool isAnywhere_;  // every hit is on a boundary
+};
+
+/// Number of the occurrences that `TextHits` finds. 0 for an empty text.
 std::size_t count_text(const CodePage& page, const char* first, const char* last, const char* text,
                        std::size_t count) noexcept;
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "compaction.h"
 #include "vectors.h"
 
 namespace platform {
@@ -76,24 +77,6 @@ std::size_t lane_sum(Vector lanes) {
         sum += lanes[i];
     }
     return sum;
-}
-
-// Stores the units of a block that are no hits. Stores every unit and steps over it or not, since a
-// branch would often be guessed wrong; takes the units from words, since what a store may have
-// changed would have to be loaded again.
-template <class Unit>
-Unit* keep_others(const Unit* block, std::uint64_t hits, Unit* write) {
-    constexpr std::size_t kBits = 8 * sizeof(Unit);
-    std::uint64_t words[2];
-    std::memcpy(words, block, sizeof words);
-    for (const std::uint64_t word : words) {
-        for (std::size_t bit = 0; bit < 64; bit += kBits) {
-            *write = static_cast<Unit>(word >> bit);
-            write += ~hits & 1;
-            hits >>= sizeof(Unit);
-        }
-    }
-    return write;
 }
 
 }  // namespace
@@ -187,32 +170,15 @@ std::size_t replace_unit(Unit* first, Unit* last, Unit from, Unit to) noexcept {
 
 template <class Unit>
 Unit* remove_unit(Unit* first, Unit* last, Unit unit) noexcept {
-    constexpr std::ptrdiff_t kLanes = Lanes<Unit>::kCount;
     const auto wanted = splat_lanes(unit);
-    const Unit* read = find_unit<Unit>(first, last, unit);
-    Unit* write = first + (read - first);
-    const auto hits = [wanted](const Unit* p) { return lanes_equal(p, wanted); };
-    // What is stored is never behind what is read next.
-    for (; last - read >= 2 * kLanes; read += 2 * kLanes) {
-        const auto a = hits(read);
-        const auto b = hits(read + kLanes);
-        if (!has_hit(a | b)) {
-            const auto front = load_lanes(read);
-            const auto back = load_lanes(read + kLanes);
-            store_lanes(write, front);
-            store_lanes(write + kLanes, back);
-            write += 2 * kLanes;
-        } else {
-            write = keep_others(read, hit_bits(a), write);
-            write = keep_others(read + kLanes, hit_bits(b), write);
-        }
-    }
-    while (read != last) {
-        const Unit value = *read++;
-        *write = value;
-        write += value != unit;
-    }
-    return write;
+    Unit* hit = first + (find_unit<Unit>(first, last, unit) - first);
+    return drop_hits(
+        hit, last,
+        [wanted](const Unit* p) {
+            return hit_bits(lanes_equal(p, wanted)) |
+                   hit_bits(lanes_equal(p + Lanes<Unit>::kCount, wanted)) << 16;
+        },
+        [unit](Unit value) { return value == unit; });
 }
 
 template const char* find_unit(const char*, const char*, char) noexcept;

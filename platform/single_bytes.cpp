@@ -7,10 +7,24 @@
 #include <cstdint>
 #include <cstring>
 
+#include "byte_ranges.h"
+#include "compaction.h"
+
 namespace platform {
 namespace {
 
 constexpr std::ptrdiff_t kStep = sizeof(std::uint64_t);
+
+// Long enough that taking the class apart does not show.
+constexpr std::ptrdiff_t kLongText = 512;
+
+bool take_ranges(ByteClass members, ByteRanges& ranges) {
+    bool has[256];
+    for (int byte = 0; byte < 256; ++byte) {
+        has[byte] = members.Has(static_cast<char>(byte));
+    }
+    return ranges.Take(has);
+}
 
 }  // namespace
 
@@ -101,25 +115,18 @@ bool all_in_class(ByteClass members, const char* first, const char* last) noexce
 
 char* remove_class(ByteClass members, char* first, char* last) noexcept {
     const auto isMember = [members](char byte) { return members.Has(byte); };
-    const char* read = std::find_if(first, last, isMember);
-    char* write = first + (read - first);
-    // Every byte is stored and then stepped over or not, since a branch would often be guessed
-    // wrong. Bytes come from a word, since a store may have changed the next one in memory.
-    for (; last - read >= kStep; read += kStep) {
-        std::uint64_t word;
-        std::memcpy(&word, read, sizeof word);
-        for (int bit = 0; bit < 64; bit += 8) {
-            const char byte = static_cast<char>(word >> bit);
-            *write = byte;
-            write += isMember(byte) ? 0 : 1;
-        }
+    char* hit = std::find_if(first, last, isMember);
+    ByteRanges ranges;
+    if (last - hit < kLongText || !take_ranges(members, ranges)) {
+        return keep_each<char>(hit, last, hit, isMember);
     }
-    for (; read != last; ++read) {
-        const char byte = *read;
-        *write = byte;
-        write += isMember(byte) ? 0 : 1;
-    }
-    return write;
+    return drop_hits(
+        hit, last,
+        [ranges](const char* p) {
+            return ranges.Members(load_lanes(p)) |
+                   ranges.Members(load_lanes(p + Lanes<char>::kCount)) << 16;
+        },
+        isMember);
 }
 
 }  // namespace platform

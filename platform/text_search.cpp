@@ -264,6 +264,15 @@ const Unit* TextSearch<Unit>::Next() noexcept {
 }
 
 template <class Unit>
+const Unit* TextSearch<Unit>::NextApart() noexcept {
+    const Unit* match = Next();
+    if (match != nullptr) {
+        SkipTo(match + count_);
+    }
+    return match;
+}
+
+template <class Unit>
 void TextSearch<Unit>::SkipTo(const Unit* place) noexcept {
     if (place > next_) {
         next_ = std::min(place, end_);
@@ -453,9 +462,8 @@ std::size_t count_text(const Unit* first, const Unit* last, const Unit* text,
     }
     std::size_t found = 0;
     TextSearch<Unit> search(first, last, text, count);
-    while (const Unit* match = search.Next()) {
+    while (search.NextApart() != nullptr) {
         ++found;
-        search.SkipTo(match + count);
     }
     return found;
 }

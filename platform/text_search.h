@@ -18,6 +18,9 @@ public:
     /// The next place, which may overlap the one before; null when there is none left.
     const Unit* Next() noexcept;
 
+    /// The next place that does not overlap the one that this gave before.
+    const Unit* NextApart() noexcept;
+
     /// Leaves out the places in front of `place`, which is not behind the end.
     void SkipTo(const Unit* place) noexcept;
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "compaction.h"
 #include "page_loads.h"
 #include "two_way.h"
 #include "wide_text.h"
@@ -151,73 +152,46 @@ constexpr std::ptrdiff_t kShortText = 32;
 // Long enough that asking for all of ASCII in advance does not show.
 constexpr std::ptrdiff_t kLongText = 4096;
 
-class Removal {
-public:
-    Removal(char16_t* first, char16_t* last, Members members)
-        : next_(first), last_(last), end_(first), members_(members) {}
-
-    char16_t* Run() {
-        if (last_ - next_ < kShortText) {
-            RunByUnits(last_, members_.isMember);
-            return end_;
-        }
-        Membership answers(members_.isMember);
-        if (last_ - next_ >= kLongText) {
-            RunByVectors(answers);
-        }
-        RunByUnits(last_, answers);
-        return end_;
+// Drops the members of a long text.
+char16_t* remove_by_vectors(char16_t* first, char16_t* last, Members members, Membership& answers) {
+    bool isAsciiMember[kFirstNonAscii];
+    for (char16_t unit = 0; unit < kFirstNonAscii; ++unit) {
+        isAsciiMember[unit] = members.isMember(unit);
     }
-
-private:
-    void RunByVectors(Membership& answers) {
-        bool isAsciiMember[kFirstNonAscii];
-        for (char16_t unit = 0; unit < kFirstNonAscii; ++unit) {
-            isAsciiMember[unit] = members_.isMember(unit);
-        }
-        if (std::any_of(isAsciiMember + members_.firstOther, isAsciiMember + members_.lastOther + 1,
-                        [](bool isMember) { return isMember; })) {
-            return;
-        }
-        const auto isMember = [&](char16_t unit) -> bool {
-            return unit < kFirstNonAscii ? isAsciiMember[unit] : answers(unit);
-        };
-        const Units firstOther = splat_lanes(members_.firstOther);
-        const Units span =
-            splat_lanes(static_cast<char16_t>(members_.lastOther - members_.firstOther));
-        while (last_ - next_ >= kLanes) {
-            const Units units = load_lanes(next_);
-            if (has_hit(reinterpret_cast<Units>(units - firstOther > span))) {
-                RunByUnits(next_ + kLanes, isMember);
-                continue;
-            }
-            // The end is never behind what is read next, so a whole vector may be stored.
-            if (end_ != next_) {
-                store_lanes(end_, units);
-            }
-            next_ += kLanes;
-            end_ += kLanes;
-        }
+    const auto isMember = [&](char16_t unit) -> bool {
+        return unit < kFirstNonAscii ? isAsciiMember[unit] : answers(unit);
+    };
+    if (std::any_of(isAsciiMember + members.firstOther, isAsciiMember + members.lastOther + 1,
+                    [](bool isHit) { return isHit; })) {
+        return keep_each<char16_t>(first, last, first, isMember);
     }
+    const Units firstOther = splat_lanes(members.firstOther);
+    const Units span = splat_lanes(static_cast<char16_t>(members.lastOther - members.firstOther));
+    const auto candidates = [=](const char16_t* p) {
+        return hit_bits(reinterpret_cast<Units>(load_lanes(p) - firstOther > span));
+    };
+    const auto hitsOf = [&](const char16_t* p) {
+        std::uint64_t hits = 0;
+        std::uint64_t open = candidates(p) | candidates(p + kLanes) << 16;
+        for (; open != 0; open = without_first_hit<char16_t>(open)) {
+            const std::ptrdiff_t lane = first_hit<char16_t>(open);
+            hits |= std::uint64_t{isMember(p[lane]) ? 3U : 0U} << 2 * lane;
+        }
+        return hits;
+    };
+    return drop_hits(first, last, hitsOf, isMember);
+}
 
-    // A unit is not stored in its own place, which would cost more than the question.
-    template <class IsMember>
-    void RunByUnits(const char16_t* stop, IsMember& isMember) {
-        for (; next_ != stop && end_ == next_; ++next_) {
-            end_ += isMember(*next_) ? 0 : 1;
-        }
-        for (; next_ != stop; ++next_) {
-            const char16_t unit = *next_;
-            *end_ = unit;
-            end_ += isMember(unit) ? 0 : 1;
-        }
+char16_t* remove_members(char16_t* first, char16_t* last, Members members) {
+    if (last - first < kShortText) {
+        return keep_each<char16_t>(first, last, first, members.isMember);
     }
-
-    const char16_t* next_;
-    const char16_t* last_;
-    char16_t* end_;
-    Members members_;
-};
+    Membership answers(members.isMember);
+    if (last - first >= kLongText) {
+        return remove_by_vectors(first, last, members, answers);
+    }
+    return keep_each<char16_t, Membership&>(first, last, first, answers);
+}
 
 // The lanes that may hold what folds to one unit: the unit, its lower-case partner, and everything
 // whose fold only the locale knows.
@@ -420,15 +394,15 @@ const char16_t* find_folded(const char16_t* first, const char16_t* last, const c
 }
 
 char16_t* remove_space(char16_t* first, char16_t* last) noexcept {
-    return Removal(first, last, kSpace).Run();
+    return remove_members(first, last, kSpace);
 }
 
 char16_t* remove_punctuation(char16_t* first, char16_t* last) noexcept {
-    return Removal(first, last, kPunctuation).Run();
+    return remove_members(first, last, kPunctuation);
 }
 
 char16_t* remove_control(char16_t* first, char16_t* last) noexcept {
-    return Removal(first, last, kControl).Run();
+    return remove_members(first, last, kControl);
 }
 
 }  // namespace platform

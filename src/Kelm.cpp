@@ -19,6 +19,7 @@
 #include "similarity.h"
 #include "single_bytes.h"
 #include "system_errors.h"
+#include "text_search.h"
 
 using blocks::checked_length;
 using blocks::refs;
@@ -234,6 +235,23 @@ int index_of_element(const char* pchFirst, const char* pchLast, char chDelimiter
         }
         pchFirst = pchEnd + 1;
     }
+}
+
+/// Number of the first element that equals the text up to its own first NUL, found by the text
+/// instead of by the delimiters; -1 if there is none.
+int index_of_text(const char* pchFirst, const char* pchLast, const char* pchText, std::size_t nLen,
+                  char chDelimiter) {
+    if (platform::find_unit(pchText, pchText + nLen, chDelimiter) != pchText + nLen) {
+        return -1;
+    }
+    platform::TextSearch<char> search(pchFirst, pchLast, pchText, nLen);
+    while (const char* pchHit = search.Next()) {
+        const bool bBegins = pchHit == pchFirst || pchHit[-1] == chDelimiter;
+        if (bBegins && (pchHit[nLen] == chDelimiter || pchHit[nLen] == '\0')) {
+            return static_cast<int>(platform::count_unit(pchFirst, pchHit, chDelimiter));
+        }
+    }
+    return -1;
 }
 
 /// Elements as terminated texts, one at a time. At most one allocation, for the first long one.
@@ -797,48 +815,60 @@ int Kelm::Replace(const char* pchOld, const char* pchNew) {
     if (pchOld == nullptr || *pchOld == '\0') {
         return 0;
     }
-    const int nOld = text_length(pchOld);
-    const int nNew = pchNew == nullptr ? 0 : text_length(pchNew);
-    const int nHits = count_hits(*platform::process_code_page(), m_pchData, m_pchData + GetLength(),
-                                 nOld, pchOld);
-    if (nHits > 0) {
-        ReplaceHits(nHits, nOld, pchOld, nNew, pchNew);
-    }
-    return nHits;
+    return ReplaceHits(text_length(pchOld), pchOld, pchNew == nullptr ? 0 : text_length(pchNew),
+                       pchNew);
 }
 
-void Kelm::ReplaceHits(int nHits, int nOld, const char* pchOld, int nNew, const char* pchNew) {
+int Kelm::ReplaceHits(int nOld, const char* pchOld, int nNew, const char* pchNew) {
     const CodePage& page = *platform::process_code_page();
+    const std::size_t nSize = static_cast<std::size_t>(nOld);
     KelmData* pData = GetData();
     const int nLength = pData->nDataLength;
-    const int nNewLength = checked_length(nLength + (static_cast<long long>(nNew) - nOld) * nHits);
     const char* pchRead = m_pchData;
-    const bool bMove = refs(pData) > 1 || pData->nAllocLength < nNewLength;
+    const char* pchHit = platform::_mbsstr(page, pchRead, pchRead + nLength, pchOld, nSize);
+    if (pchHit == nullptr) {
+        return 0;
+    }
+    // Only a growing result has to be counted before. A private copy has the capacity of its text,
+    // also where the result is shorter.
+    int nMost = INT_MAX;
+    int nRoom = nLength;
+    if (nNew > nOld) {
+        nMost = count_hits(page, pchHit, pchRead + nLength, nOld, pchOld);
+        nRoom = checked_length(nLength + (static_cast<long long>(nNew) - nOld) * nMost);
+    }
+    const bool bMove = refs(pData) > 1 || pData->nAllocLength < nRoom;
     if (bMove) {
-        // A private copy has the capacity of its text, also where the result is shorter.
-        AllocBuffer(std::max(nLength, nNewLength));
-    } else if (nNewLength > nLength) {
+        AllocBuffer(nRoom);
+    } else if (nRoom > nLength) {
         // To the end of its room, so that the merge forward never overtakes what it reads.
-        pchRead = m_pchData + (nNewLength - nLength);
-        std::memmove(m_pchData + (nNewLength - nLength), m_pchData,
+        pchRead += nRoom - nLength;
+        pchHit += nRoom - nLength;
+        std::memmove(m_pchData + (nRoom - nLength), m_pchData,
                      static_cast<std::size_t>(nLength) + 1);
     }
     const char* pchEnd = pchRead + nLength;
-    char* pchWrite = m_pchData;
-    for (; nHits > 0; --nHits) {
-        const char* pchHit =
-            platform::_mbsstr(page, pchRead, pchEnd, pchOld, static_cast<std::size_t>(nOld));
+    char* pchWrite = carry(m_pchData, pchRead, pchHit);
+    platform::TextHits hits(page, pchHit, pchEnd, pchOld, nSize);
+    int nHits = 0;
+    for (pchRead = pchHit; nHits < nMost; ++nHits) {
+        pchHit = hits.Next();
+        if (pchHit == nullptr) {
+            break;
+        }
         pchWrite = carry(pchWrite, pchRead, pchHit);
         pchWrite = std::copy_n(pchNew, nNew, pchWrite);
         pchRead = pchHit + nOld;
     }
     pchWrite = carry(pchWrite, pchRead, pchEnd);
+    const int nNewLength = distance(m_pchData, pchWrite);
     *pchWrite = '\0';
     require(m_pchData[nNewLength] == '\0', "m_pchData [nNewLength] == '\\0'");
     SetLength(nNewLength);
     if (bMove) {
         Release(pData);
     }
+    return nHits;
 }
 
 int Kelm::NCReplace(const char* pchOld, const char* pchNew) {
@@ -885,22 +915,20 @@ int Kelm::NCReplace(const char* pchOld, const char* pchNew) {
 int Kelm::ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart,
                       long long nLimit) {
     const int nOld = sub.GetLength();
-    const int nHits =
-        count_hits(*platform::process_code_page(), m_pchData, m_pchData + GetLength(), nOld, sub);
-    const long long nNewLength =
-        GetLength() + (static_cast<long long>(nNew) - nOld) * static_cast<long long>(nHits);
-    if (nNew > nOld && nNewLength > nLimit) {
-        return -1;
+    const long long nGrowth = static_cast<long long>(nNew) - nOld;
+    if (GetLength() + nGrowth * (GetLength() / nOld) > nLimit) {
+        const int nHits = count_hits(*platform::process_code_page(), m_pchData,
+                                     m_pchData + GetLength(), nOld, sub);
+        if (nGrowth > 0 && GetLength() + nGrowth * nHits > nLimit) {
+            return -1;
+        }
     }
     // The tail searched from position 0 is the whole text and so holds the block: it is left.
     Kelm tail;
     if (bFromStart && refs(GetData()) > 0) {
         tail = *this;
     }
-    if (nHits > 0) {
-        ReplaceHits(nHits, nOld, sub, nNew, pchNew);
-    }
-    return nHits;
+    return ReplaceHits(nOld, sub, nNew, pchNew);
 }
 
 int Kelm::Remove(const char* pchText) {
@@ -1411,13 +1439,11 @@ int Kelm::IndexOfElement(const char* pchText, char chDelimiter) const {
     if (pchText == nullptr) {
         return -1;
     }
-    const std::size_t nLen = std::strlen(pchText);
-    return index_of_element(m_pchData, m_pchData + GetLength(), chDelimiter,
-                            [&](const char* first, const char* last) {
-                                const std::size_t nElement = static_cast<std::size_t>(last - first);
-                                return nElement >= nLen && std::memcmp(first, pchText, nLen) == 0 &&
-                                       (nElement == nLen || first[nLen] == '\0');
-                            });
+    if (*pchText == '\0') {
+        return IndexOfElement('\0', chDelimiter);
+    }
+    return index_of_text(m_pchData, m_pchData + GetLength(), pchText, std::strlen(pchText),
+                         chDelimiter);
 }
 
 int Kelm::IndexOfElement(double dValue, char chDelimiter) const {

@@ -9,6 +9,7 @@
 #include "numbers.h"
 #include "print.h"
 #include "scan.h"
+#include "text_search.h"
 #include "wide_text.h"
 
 using blocks::checked_length;
@@ -617,46 +618,58 @@ int WString::Replace(const char16_t* pchOld, const char16_t* pchNew) {
     if (pchOld == nullptr || *pchOld == u'\0') {
         return 0;
     }
-    const int nOld = text_length(pchOld);
-    const int nNew = pchNew == nullptr ? 0 : text_length(pchNew);
-    const int nHits = count_hits(m_pchData, m_pchData + GetLength(), nOld, pchOld);
-    if (nHits > 0) {
-        ReplaceHits(nHits, nOld, pchOld, nNew, pchNew);
-    }
-    return nHits;
+    return ReplaceHits(text_length(pchOld), pchOld, pchNew == nullptr ? 0 : text_length(pchNew),
+                       pchNew);
 }
 
-void WString::ReplaceHits(int nHits, int nOld, const char16_t* pchOld, int nNew,
-                          const char16_t* pchNew) {
+int WString::ReplaceHits(int nOld, const char16_t* pchOld, int nNew, const char16_t* pchNew) {
+    const std::size_t nSize = static_cast<std::size_t>(nOld);
     WStringData* pData = GetData();
     const int nLength = pData->nDataLength;
-    const int nNewLength = checked_length(nLength + (static_cast<long long>(nNew) - nOld) * nHits);
     const char16_t* pchRead = m_pchData;
-    const bool bMove = refs(pData) > 1 || pData->nAllocLength < nNewLength;
+    const char16_t* pchHit = platform::wcsstr(pchRead, pchRead + nLength, pchOld, nSize);
+    if (pchHit == nullptr) {
+        return 0;
+    }
+    // Only a growing result has to be counted before. A private copy has the capacity of its text,
+    // also where the result is shorter.
+    int nMost = INT_MAX;
+    int nRoom = nLength;
+    if (nNew > nOld) {
+        nMost = count_hits(pchHit, pchRead + nLength, nOld, pchOld);
+        nRoom = checked_length(nLength + (static_cast<long long>(nNew) - nOld) * nMost);
+    }
+    const bool bMove = refs(pData) > 1 || pData->nAllocLength < nRoom;
     if (bMove) {
-        // A private copy has the capacity of its text, also where the result is shorter.
-        AllocBuffer(std::max(nLength, nNewLength));
-    } else if (nNewLength > nLength) {
+        AllocBuffer(nRoom);
+    } else if (nRoom > nLength) {
         // To the end of its room, so that the merge forward never overtakes what it reads.
-        pchRead = m_pchData + (nNewLength - nLength);
-        move_units(m_pchData + (nNewLength - nLength), m_pchData, nLength + 1);
+        pchRead += nRoom - nLength;
+        pchHit += nRoom - nLength;
+        move_units(m_pchData + (nRoom - nLength), m_pchData, nLength + 1);
     }
     const char16_t* pchEnd = pchRead + nLength;
-    char16_t* pchWrite = m_pchData;
-    for (; nHits > 0; --nHits) {
-        const char16_t* pchHit =
-            platform::wcsstr(pchRead, pchEnd, pchOld, static_cast<std::size_t>(nOld));
+    char16_t* pchWrite = carry(m_pchData, pchRead, pchHit);
+    platform::TextSearch<char16_t> hits(pchHit, pchEnd, pchOld, nSize);
+    int nHits = 0;
+    for (pchRead = pchHit; nHits < nMost; ++nHits) {
+        pchHit = hits.NextApart();
+        if (pchHit == nullptr) {
+            break;
+        }
         pchWrite = carry(pchWrite, pchRead, pchHit);
         pchWrite = std::copy_n(pchNew, nNew, pchWrite);
         pchRead = pchHit + nOld;
     }
     pchWrite = carry(pchWrite, pchRead, pchEnd);
+    const int nNewLength = distance(m_pchData, pchWrite);
     *pchWrite = u'\0';
     require(m_pchData[nNewLength] == u'\0', "m_pchData [nNewLength] == L'\\0'");
     SetLength(nNewLength);
     if (bMove) {
         Release(pData);
     }
+    return nHits;
 }
 
 int WString::Remove(const char16_t* pchText) {
