@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "estimator.h"
 #include "format_syntax.h"
 #include "print_float.h"
 #include "print_integer.h"
@@ -15,14 +16,6 @@ namespace platform {
 namespace {
 
 constexpr std::string_view kNullText = "(null)";
-
-std::size_t length_of(const char* text) {
-    return std::strlen(text);
-}
-
-std::size_t length_of(const char16_t* text) {
-    return wcslen(text);
-}
 
 std::size_t bounded_length(const char* text, std::size_t limit) {
     return ::strnlen(text, limit);
@@ -61,10 +54,15 @@ public:
     }
 
     void PlainText(const Unit* text) {
+        PutPlainText(text, text != nullptr ? measure(text, 0) : kNullText.size());
+    }
+
+    /// Of a plain text that is measured already.
+    void PutPlainText(const Unit* text, std::size_t length) {
         if (text != nullptr) {
-            sink_.Put(text, length_of(text));
+            sink_.Put(text, length);
         } else {
-            sink_.PutAscii(kNullText.data(), kNullText.size());
+            sink_.PutAscii(kNullText.data(), length);
         }
     }
 
@@ -93,6 +91,9 @@ public:
 
     int Finish() { return sink_.Finish(); }
 
+    /// Of the first NUL, which only a character can be, or of the end.
+    int Ending() const { return ending_ >= 0 ? ending_ : sink_.Length(); }
+
 private:
     using Other = std::conditional_t<std::is_same<Unit, char>::value, char16_t, char>;
     static constexpr bool kIsWide = std::is_same<Unit, char16_t>::value;
@@ -112,23 +113,31 @@ private:
     void PutCharacter(const Conversion& conversion) {
         if (conversion.isWide == kIsWide) {
             PadLeft(conversion, 1);
+            NoteEnding(static_cast<Unit>(conversion.integer) == Unit{});
             sink_.Put(static_cast<Unit>(conversion.integer));
             PadRight(conversion, 1);
             return;
         }
         const CodePage& page = page_.Get();
         const Other unit = static_cast<Other>(conversion.integer);
-        PutConverted(conversion,
+        PutConverted(conversion, unit == Other{},
                      [&](Sink<Unit>& sink) { return put_converted_unit(sink, page, unit); });
+    }
+
+    void NoteEnding(bool isNul) {
+        if (isNul && ending_ < 0) {
+            ending_ = sink_.Length();
+        }
     }
 
     /// `put` prints into the sink it is given and says how long the text is.
     template <class Put>
-    void PutConverted(const Conversion& conversion, Put put) {
+    void PutConverted(const Conversion& conversion, bool isNul, Put put) {
         if (conversion.width != 0 && !conversion.Has(kLeft)) {
             Sink<Unit> counter(nullptr, 0);
             PadLeft(conversion, put(counter));
         }
+        NoteEnding(isNul);
         PadRight(conversion, put(sink_));
     }
 
@@ -142,7 +151,7 @@ private:
         } else {
             const CodePage& page = page_.Get();
             const Other* text = static_cast<const Other*>(conversion.pointer);
-            PutConverted(conversion,
+            PutConverted(conversion, false,
                          [&](Sink<Unit>& sink) { return put_converted(sink, page, text, limit); });
         }
     }
@@ -229,6 +238,46 @@ private:
     Sink<Unit> sink_;
     ProcessPage& page_;
     DecimalPoint<Unit> point_;
+    int ending_ = -1;  // index of the first NUL that was printed
+};
+
+/// Estimates and prints what it is shown.
+template <class Unit>
+class Rehearser {
+public:
+    Rehearser(Unit* destination, int capacity, ProcessPage& page)
+        : printer_(destination, capacity, page) {}
+
+    void Literal(const Unit* text, std::size_t count) {
+        estimator_.Literal(text, count);
+        printer_.Literal(text, count);
+    }
+
+    void PlainInteger(int value) {
+        estimator_.PlainInteger(value);
+        printer_.PlainInteger(value);
+    }
+
+    void PlainText(const Unit* text) {
+        const std::size_t length = text != nullptr ? measure(text, 0) : kNullText.size();
+        estimator_.AddPlainText(length);
+        printer_.PutPlainText(text, length);
+    }
+
+    void Convert(const Conversion& conversion) {
+        estimator_.Convert(conversion);
+        printer_.Convert(conversion);
+    }
+
+    void Finish(Rehearsal& result) {
+        result.allowance = estimator_.Result();
+        result.length = printer_.Finish();
+        result.ending = printer_.Ending();
+    }
+
+private:
+    Estimator<Unit> estimator_;
+    Printer<Unit> printer_;
 };
 
 template <class Unit>
@@ -239,6 +288,15 @@ int print(Unit* destination, int capacity, const Unit* format, va_list arguments
     return printer.Finish();
 }
 
+template <class Unit>
+void rehearse_format(Unit* destination, int capacity, const Unit* format, va_list arguments,
+                     Rehearsal& result) {
+    ProcessPage page;
+    Rehearser<Unit> rehearser(destination, capacity, page);
+    walk_format(format, arguments, page, rehearser);
+    rehearser.Finish(result);
+}
+
 }  // namespace
 
 int vsprintf(char* destination, int capacity, const char* format, va_list arguments) {
@@ -247,6 +305,16 @@ int vsprintf(char* destination, int capacity, const char* format, va_list argume
 
 int _vswprintf(char16_t* destination, int capacity, const char16_t* format, va_list arguments) {
     return print(destination, capacity, format, arguments);
+}
+
+void rehearse(char* destination, int capacity, const char* format, va_list arguments,
+              Rehearsal& result) {
+    rehearse_format(destination, capacity, format, arguments, result);
+}
+
+void rehearse(char16_t* destination, int capacity, const char16_t* format, va_list arguments,
+              Rehearsal& result) {
+    rehearse_format(destination, capacity, format, arguments, result);
 }
 
 }  // namespace platform

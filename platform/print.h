@@ -5,22 +5,31 @@
 /// The format language: read once here, for the estimate and for the print, in both widths.
 namespace platform {
 
-/// What the walk over a format finds out before anything is printed.
-struct Estimate {
-    int length;    ///< allowance in units, terminator not counted
-    bool isBound;  ///< whether the print is sure to keep within `length`
-};
-
-/// `arguments` stands at the first argument; the caller's list does not move. The allowance follows
-/// fixed rules and does not convert any number. Asserts what the language does not accept.
-Estimate estimate(const char* format, va_list arguments);
-Estimate estimate(const char16_t* format, va_list arguments);
+/// The allowance for what a format prints, in units, terminator not counted: by fixed rules,
+/// without converting any number, and no bound. `arguments` stands at the first argument; the
+/// caller's list does not move. Asserts what the language does not accept.
+int estimate(const char* format, va_list arguments);
+int estimate(const char16_t* format, va_list arguments);
 
 /// Prints at most `capacity` units and a terminator behind them; the result is the length of the
 /// whole text, which is larger than `capacity` where the text was cut. With a null destination
 /// nothing is written. Leaves `errno` as it found it. The caller's list does not move.
 int vsprintf(char* destination, int capacity, const char* format, va_list arguments);
 int _vswprintf(char16_t* destination, int capacity, const char16_t* format, va_list arguments);
+
+/// What one walk over a format, that estimates and prints at once, finds out.
+struct Rehearsal {
+    int allowance;  ///< as `estimate` gives it
+    int length;     ///< as the print gives it
+    int ending;     ///< index of the first NUL among what was printed, else the length
+};
+
+/// `estimate` and the print in one walk. By reference: a result in registers would be put together
+/// in memory, and slowly.
+void rehearse(char* destination, int capacity, const char* format, va_list arguments,
+              Rehearsal& result);
+void rehearse(char16_t* destination, int capacity, const char16_t* format, va_list arguments,
+              Rehearsal& result);
 
 /// Digits of an integer without a terminator; `destination` has room for 20 units. The result is
 /// their number, the sign included.

@@ -62,7 +62,13 @@ public:
         next_ += kept;
     }
 
-    /// Terminates the text and gives the length that it would have with room enough.
+    /// The length that the text would have with room enough.
+    int Length() const {
+        const unsigned long long length = static_cast<unsigned long long>(next_ - begin_) + lost_;
+        return static_cast<int>(std::min<unsigned long long>(length, INT_MAX));
+    }
+
+    /// Terminates the text and gives its length.
     int Finish() {
         // An empty text without room may be a static one that all threads share: not even the value
         // that it has may be stored there.
@@ -70,8 +76,7 @@ public:
         if (!isTerminated) {
             *next_ = Unit{};
         }
-        const unsigned long long length = static_cast<unsigned long long>(next_ - begin_) + lost_;
-        return static_cast<int>(std::min<unsigned long long>(length, INT_MAX));
+        return Length();
     }
 
 private:

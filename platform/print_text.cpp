@@ -8,8 +8,7 @@ namespace {
 
 constexpr std::size_t kChunk = 256;
 
-// What one unit of the other width can become: more would take room that the estimate, too, does
-// not expect.
+// What one unit of the other width can become.
 template <class Unit>
 constexpr std::size_t kMostPerUnit = std::is_same<Unit, char>::value ? 4 : 1;
 

@@ -1191,17 +1191,25 @@ void Kelm::AppendFormatV(const char* pchFormat, va_list argList) {
     FormatAt(GetLength(), pchFormat, argList);
 }
 
-/// Prints behind the first `nIndex` bytes. Where the estimate is no bound, the text is measured
-/// first, so that it is never cut and never overwritten before the room is there.
+/// Prints behind the first `nIndex` bytes: first beside the object, which a short text has to be
+/// only once. A text that the allowance does not cover gets exactly its room.
 void Kelm::FormatAt(int nIndex, const char* pchFormat, va_list argList) {
-    const platform::Estimate estimate = platform::estimate(pchFormat, argList);
-    int nLen = estimate.length;
-    if (!estimate.isBound) {
-        nLen = std::max(nLen, platform::vsprintf(nullptr, 0, pchFormat, argList));
-    }
+    char szShort[512];
+    const int nShort = sizeof(szShort) / sizeof(char) - 1;
+    platform::Rehearsal print;
+    platform::rehearse(szShort, nShort, pchFormat, argList, print);
+    const int nLen = std::max(print.allowance, print.length);
     GetBuffer(checked_length(static_cast<long long>(nIndex) + nLen));
-    platform::vsprintf(m_pchData + nIndex, GetAllocLength() - nIndex, pchFormat, argList);
-    ReleaseBuffer(-1);
+    if (print.length > nShort) {
+        platform::vsprintf(m_pchData + nIndex, GetAllocLength() - nIndex, pchFormat, argList);
+    } else if (print.length > 0) {
+        std::memcpy(m_pchData + nIndex, szShort, static_cast<std::size_t>(print.length) + 1);
+    }
+    const char* pchFront = m_pchData;
+    const char* pchPrint = m_pchData + nIndex;
+    // A NUL ends the text, also one that stands in front of what was printed.
+    const char* pchEnd = platform::find_unit(pchFront, pchPrint, '\0');
+    SetLength(pchEnd != pchPrint ? distance(pchFront, pchEnd) : nIndex + print.ending);
 }
 
 Kelm Kelm::FromFormat(const char* pchFormat, ...) {
@@ -1630,7 +1638,7 @@ void Kelm::ConcatInPlace(int nLen, const char* pchText) {
 }
 
 int Kelm::GetFormattedLength(const char* pchFormat, va_list argList) {
-    return platform::estimate(pchFormat, argList).length;
+    return platform::estimate(pchFormat, argList);
 }
 
 int Kelm::VFormat(char* pchDest, const char* pchFormat, va_list argList) {

@@ -779,17 +779,25 @@ void WString::AppendFormatV(const char16_t* pchFormat, va_list argList) {
     FormatAt(GetLength(), pchFormat, argList);
 }
 
-/// Prints behind the first `nIndex` units. Where the estimate is no bound, the text is measured
-/// first, so that it is never cut and never overwritten before the room is there.
+/// Prints behind the first `nIndex` units: first beside the object, which a short text has to be
+/// only once. A text that the allowance does not cover gets exactly its room.
 void WString::FormatAt(int nIndex, const char16_t* pchFormat, va_list argList) {
-    const platform::Estimate estimate = platform::estimate(pchFormat, argList);
-    int nLen = estimate.length;
-    if (!estimate.isBound) {
-        nLen = std::max(nLen, platform::_vswprintf(nullptr, 0, pchFormat, argList));
-    }
+    char16_t szShort[512];
+    const int nShort = sizeof(szShort) / sizeof(char16_t) - 1;
+    platform::Rehearsal print;
+    platform::rehearse(szShort, nShort, pchFormat, argList, print);
+    const int nLen = std::max(print.allowance, print.length);
     GetBuffer(checked_length(static_cast<long long>(nIndex) + nLen));
-    platform::_vswprintf(m_pchData + nIndex, GetAllocLength() - nIndex, pchFormat, argList);
-    ReleaseBuffer(-1);
+    if (print.length > nShort) {
+        platform::_vswprintf(m_pchData + nIndex, GetAllocLength() - nIndex, pchFormat, argList);
+    } else if (print.length > 0) {
+        copy_units(m_pchData + nIndex, szShort, print.length + 1);
+    }
+    const char16_t* pchFront = m_pchData;
+    const char16_t* pchPrint = m_pchData + nIndex;
+    // A NUL ends the text, also one that stands in front of what was printed.
+    const char16_t* pchEnd = platform::find_unit(pchFront, pchPrint, u'\0');
+    SetLength(pchEnd != pchPrint ? distance(pchFront, pchEnd) : nIndex + print.ending);
 }
 
 WString WString::FromFormat(const char16_t* pchFormat, ...) {
@@ -1032,7 +1040,7 @@ void WString::ConcatInPlace(int nLen, const char16_t* pchText) {
 }
 
 int WString::GetFormattedLength(const char16_t* pchFormat, va_list argList) {
-    return platform::estimate(pchFormat, argList).length;
+    return platform::estimate(pchFormat, argList);
 }
 
 int WString::VFormat(char16_t* pchDest, const char16_t* pchFormat, va_list argList) {

@@ -39,7 +39,7 @@ std::vector<std::string> options(const std::vector<std::string>& precisions) {
     return result;
 }
 
-/// Both widths against the C library, and what an estimate promises.
+/// Both widths against the C library.
 template <class Value>
 void compare(const std::string& format, const std::string& cFormat, Value value) {
     const std::string wanted = expected(cFormat.c_str(), value);
@@ -47,8 +47,6 @@ void compare(const std::string& format, const std::string& cFormat, Value value)
     const auto wide = call(widen(format).c_str(), value);
     ASSERT_EQ(narrow.text, wanted) << format;
     ASSERT_EQ(wide.text, widen(wanted)) << format;
-    ASSERT_TRUE(!narrow.estimate.isBound || narrow.length <= narrow.estimate.length) << format;
-    ASSERT_TRUE(!wide.estimate.isBound || wide.length <= wide.estimate.length) << format;
 }
 
 TEST(Print, IntegersAsTheCLibraryDoes) {

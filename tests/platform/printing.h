@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdarg>
 #include <cstdio>
 #include <string>
@@ -15,7 +17,7 @@ inline std::u16string widen(const std::string& text) {
 
 template <class Unit>
 struct Printed {
-    platform::Estimate estimate;
+    int estimate;
     int length;
     std::basic_string<Unit> text;
 };
@@ -28,7 +30,8 @@ inline int print(char16_t* destination, int capacity, const char16_t* format, va
     return platform::_vswprintf(destination, capacity, format, arguments);
 }
 
-/// Estimates, counts and prints with one list, which has to stand at the first argument each time.
+/// Estimates, counts, prints, and does all at once, with one list, which has to stand at the first
+/// argument each time.
 template <class Unit>
 Printed<Unit> call(const Unit* format, ...) {
     Printed<Unit> result;
@@ -38,7 +41,14 @@ Printed<Unit> call(const Unit* format, ...) {
     result.length = print(static_cast<Unit*>(nullptr), 0, format, arguments);
     std::basic_string<Unit> room(static_cast<std::size_t>(result.length) + 1, Unit{'#'});
     print(room.data(), result.length, format, arguments);
+    std::basic_string<Unit> again(room.size(), Unit{'#'});
+    platform::Rehearsal rehearsal;
+    platform::rehearse(again.data(), result.length, format, arguments, rehearsal);
     va_end(arguments);
+    EXPECT_EQ(again, room);
+    EXPECT_EQ(rehearsal.allowance, result.estimate);
+    EXPECT_EQ(rehearsal.length, result.length);
+    EXPECT_EQ(static_cast<std::size_t>(rehearsal.ending), room.find(Unit{}));
     result.text = room.substr(0, static_cast<std::size_t>(result.length));
     return result;
 }
