@@ -337,6 +337,12 @@ const char* c_locale_name() {
     return known;
 }
 
+// Without a call: every operation on narrow text asks this.
+bool is_utf8_name(const char* name) {
+    return name[0] == 'U' && name[1] == 'T' && name[2] == 'F' && name[3] == '-' && name[4] == '8' &&
+           name[5] == '\0';
+}
+
 // The last answer. It is compared by its text, never by the address of the locale's name, which a
 // freed locale hands on to the next one.
 constinit std::atomic<const Codeset*> lastCodeset;
@@ -349,7 +355,7 @@ const CodePage* find_code_page(unsigned int number) noexcept {
 
 const CodePage* process_code_page() noexcept {
     const char* name = nl_langinfo(CODESET);
-    if (std::strcmp(name, "UTF-8") == 0 || name == c_locale_name()) {
+    if (is_utf8_name(name) || name == c_locale_name()) {
         return kUtf8;
     }
     const Codeset* last = lastCodeset.load(std::memory_order_acquire);
