@@ -618,6 +618,11 @@ private:
     KELM_LOCAL int CutRight(const char* pchEnd);
     KELM_LOCAL void TrimRightWhere(const bool* pTest);
     KELM_LOCAL int ReplaceHits(int nOld, const char* pchOld, int nNew, const char* pchNew);
+    KELM_LOCAL int ReplaceByShorter(int nOld, const char* pchOld, int nNew, const char* pchNew);
+    KELM_LOCAL int ReplaceByLonger(int nOld, const char* pchOld, int nNew, const char* pchNew);
+    template <class Hits>
+    KELM_LOCAL int Merge(Hits hits, const char* pchRead, const char* pchEnd, int nOld, int nNew,
+                         const char* pchNew, int nMost);
     KELM_LOCAL int ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart,
                                long long nLimit);
     template <class FindNext>
@@ -1191,6 +1196,13 @@ private:
     template <class Test>
     KELM_LOCAL void TrimRightWhere(Test test);
     KELM_LOCAL int ReplaceHits(int nOld, const char16_t* pchOld, int nNew, const char16_t* pchNew);
+    KELM_LOCAL int ReplaceByShorter(int nOld, const char16_t* pchOld, int nNew,
+                                    const char16_t* pchNew);
+    KELM_LOCAL int ReplaceByLonger(int nOld, const char16_t* pchOld, int nNew,
+                                   const char16_t* pchNew);
+    template <class Hits>
+    KELM_LOCAL int Merge(Hits hits, const char16_t* pchRead, const char16_t* pchEnd, int nOld,
+                         int nNew, const char16_t* pchNew, int nMost);
     KELM_LOCAL int RemoveJoining(int nUpper, const char16_t* pchUpper);
     KELM_LOCAL void TakeRest(int nHits, int nHit, int nRest, const char16_t* pchRest);
     KELM_LOCAL void FormatAt(int nIndex, const char16_t* pchFormat, va_list argList);

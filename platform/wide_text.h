@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include "text_search.h"
+
 /// 16-bit text. The search functions take [first, last), where NUL is a unit like any other; the
 /// others take terminated text and end at its first NUL. Units are numbers: a surrogate pair is
 /// two of them. Classes and folds go by the locale of the calling thread.
@@ -18,6 +20,22 @@ const char16_t* wcsrchr(const char16_t* first, const char16_t* last, char16_t un
 /// First occurrence of the `count` units at `text`, or null. An empty text is found at `first`.
 const char16_t* wcsstr(const char16_t* first, const char16_t* last, const char16_t* text,
                        std::size_t count) noexcept;
+
+/// The occurrences of a text that do not overlap, each looked for from the end of the one before.
+/// What lies in front of that end may have changed meanwhile.
+class WideTextHits {
+public:
+    /// Looks for the `count` units at `text`, at least 1.
+    WideTextHits(const char16_t* first, const char16_t* last, const char16_t* text,
+                 std::size_t count) noexcept
+        : search_(first, last, text, count) {}
+
+    /// The next one, or null.
+    const char16_t* Next() noexcept { return search_.NextApart(); }
+
+private:
+    TextSearch<char16_t> search_;
+};
 
 /// First unit of the range that occurs in the terminated `set`, or null.
 const char16_t* wcspbrk(const char16_t* first, const char16_t* last, const char16_t* set) noexcept;

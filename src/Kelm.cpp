@@ -11,6 +11,7 @@
 #include "code_pages.h"
 #include "conversion.h"
 #include "fields.h"
+#include "growth.h"
 #include "multibyte.h"
 #include "multibyte_case.h"
 #include "numbers.h"
@@ -820,39 +821,19 @@ int Kelm::Replace(const char* pchOld, const char* pchNew) {
 }
 
 int Kelm::ReplaceHits(int nOld, const char* pchOld, int nNew, const char* pchNew) {
-    const CodePage& page = *platform::process_code_page();
-    const std::size_t nSize = static_cast<std::size_t>(nOld);
-    KelmData* pData = GetData();
-    const int nLength = pData->nDataLength;
-    const char* pchRead = m_pchData;
-    const char* pchHit = platform::_mbsstr(page, pchRead, pchRead + nLength, pchOld, nSize);
-    if (pchHit == nullptr) {
-        return 0;
-    }
-    // Only a growing result has to be counted before. A private copy has the capacity of its text,
-    // also where the result is shorter.
-    int nMost = INT_MAX;
-    int nRoom = nLength;
-    if (nNew > nOld) {
-        nMost = count_hits(page, pchHit, pchRead + nLength, nOld, pchOld);
-        nRoom = checked_length(nLength + (static_cast<long long>(nNew) - nOld) * nMost);
-    }
-    const bool bMove = refs(pData) > 1 || pData->nAllocLength < nRoom;
-    if (bMove) {
-        AllocBuffer(nRoom);
-    } else if (nRoom > nLength) {
-        // To the end of its room, so that the merge forward never overtakes what it reads.
-        pchRead += nRoom - nLength;
-        pchHit += nRoom - nLength;
-        std::memmove(m_pchData + (nRoom - nLength), m_pchData,
-                     static_cast<std::size_t>(nLength) + 1);
-    }
-    const char* pchEnd = pchRead + nLength;
-    char* pchWrite = carry(m_pchData, pchRead, pchHit);
-    platform::TextHits hits(page, pchHit, pchEnd, pchOld, nSize);
+    return nNew > nOld ? ReplaceByLonger(nOld, pchOld, nNew, pchNew)
+                       : ReplaceByShorter(nOld, pchOld, nNew, pchNew);
+}
+
+/// Writes [pchRead, pchEnd) to the front of the block with up to `nMost` hits replaced; the result
+/// is their number.
+template <class Hits>
+int Kelm::Merge(Hits hits, const char* pchRead, const char* pchEnd, int nOld, int nNew,
+                const char* pchNew, int nMost) {
+    char* pchWrite = m_pchData;
     int nHits = 0;
-    for (pchRead = pchHit; nHits < nMost; ++nHits) {
-        pchHit = hits.Next();
+    for (; nHits < nMost; ++nHits) {
+        const char* pchHit = hits.Next();
         if (pchHit == nullptr) {
             break;
         }
@@ -861,13 +842,64 @@ int Kelm::ReplaceHits(int nOld, const char* pchOld, int nNew, const char* pchNew
         pchRead = pchHit + nOld;
     }
     pchWrite = carry(pchWrite, pchRead, pchEnd);
-    const int nNewLength = distance(m_pchData, pchWrite);
-    *pchWrite = '\0';
-    require(m_pchData[nNewLength] == '\0', "m_pchData [nNewLength] == '\\0'");
-    SetLength(nNewLength);
+    SetLength(distance(m_pchData, pchWrite));
+    return nHits;
+}
+
+/// In one pass: the room for a result that is not longer is known beforehand.
+int Kelm::ReplaceByShorter(int nOld, const char* pchOld, int nNew, const char* pchNew) {
+    const CodePage& page = *platform::process_code_page();
+    KelmData* pData = GetData();
+    const char* pchText = m_pchData;
+    const char* pchEnd = pchText + pData->nDataLength;
+    const char* pchHit =
+        platform::_mbsstr(page, pchText, pchEnd, pchOld, static_cast<std::size_t>(nOld));
+    if (pchHit == nullptr) {
+        return 0;
+    }
+    const bool bMove = refs(pData) > 1;
+    if (bMove) {
+        AllocBuffer(pData->nDataLength);
+    }
+    platform::TextHits hits(page, pchHit, pchEnd, pchOld, static_cast<std::size_t>(nOld));
+    const int nHits = Merge(hits, pchText, pchEnd, nOld, nNew, pchNew, INT_MAX);
     if (bMove) {
         Release(pData);
     }
+    return nHits;
+}
+
+int Kelm::ReplaceByLonger(int nOld, const char* pchOld, int nNew, const char* pchNew) {
+    const CodePage& page = *platform::process_code_page();
+    KelmData* pData = GetData();
+    const int nLength = pData->nDataLength;
+    const auto search = [&](const char* pchFirst, const char* pchLast) {
+        return platform::TextHits(page, pchFirst, pchLast, pchOld, static_cast<std::size_t>(nOld));
+    };
+    growth::InPlace growth(m_pchData, nLength, search);
+    const int nHits = growth.Count();
+    if (nHits == 0) {
+        return 0;
+    }
+    const char* pchText = m_pchData;
+    const int nNewLength = checked_length(nLength + (static_cast<long long>(nNew) - nOld) * nHits);
+    const int nGrowth = nNewLength - nLength;
+    if (refs(pData) > 1 || pData->nAllocLength < nNewLength) {
+        AllocBuffer(nNewLength);
+        Merge(search(pchText, pchText + nLength), pchText, pchText + nLength, nOld, nNew, pchNew,
+              nHits);
+        Release(pData);
+    } else if (nHits <= growth::kMost) {
+        growth.Replace(nHits, nOld, pchNew, nNew);
+        SetLength(nNewLength);
+    } else {
+        // To the end of its room, so that the merge forward never overtakes what it reads.
+        std::memmove(m_pchData + nGrowth, m_pchData, static_cast<std::size_t>(nLength) + 1);
+        pchText += nGrowth;
+        Merge(search(pchText, pchText + nLength), pchText, pchText + nLength, nOld, nNew, pchNew,
+              nHits);
+    }
+    require(m_pchData[nNewLength] == '\0', "m_pchData [nNewLength] == '\\0'");
     return nHits;
 }
 

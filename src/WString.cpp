@@ -6,10 +6,10 @@
 #include "blocks.h"
 #include "conversion.h"
 #include "fields.h"
+#include "growth.h"
 #include "numbers.h"
 #include "print.h"
 #include "scan.h"
-#include "text_search.h"
 #include "wide_text.h"
 
 using blocks::checked_length;
@@ -623,37 +623,19 @@ int WString::Replace(const char16_t* pchOld, const char16_t* pchNew) {
 }
 
 int WString::ReplaceHits(int nOld, const char16_t* pchOld, int nNew, const char16_t* pchNew) {
-    const std::size_t nSize = static_cast<std::size_t>(nOld);
-    WStringData* pData = GetData();
-    const int nLength = pData->nDataLength;
-    const char16_t* pchRead = m_pchData;
-    const char16_t* pchHit = platform::wcsstr(pchRead, pchRead + nLength, pchOld, nSize);
-    if (pchHit == nullptr) {
-        return 0;
-    }
-    // Only a growing result has to be counted before. A private copy has the capacity of its text,
-    // also where the result is shorter.
-    int nMost = INT_MAX;
-    int nRoom = nLength;
-    if (nNew > nOld) {
-        nMost = count_hits(pchHit, pchRead + nLength, nOld, pchOld);
-        nRoom = checked_length(nLength + (static_cast<long long>(nNew) - nOld) * nMost);
-    }
-    const bool bMove = refs(pData) > 1 || pData->nAllocLength < nRoom;
-    if (bMove) {
-        AllocBuffer(nRoom);
-    } else if (nRoom > nLength) {
-        // To the end of its room, so that the merge forward never overtakes what it reads.
-        pchRead += nRoom - nLength;
-        pchHit += nRoom - nLength;
-        move_units(m_pchData + (nRoom - nLength), m_pchData, nLength + 1);
-    }
-    const char16_t* pchEnd = pchRead + nLength;
-    char16_t* pchWrite = carry(m_pchData, pchRead, pchHit);
-    platform::TextSearch<char16_t> hits(pchHit, pchEnd, pchOld, nSize);
+    return nNew > nOld ? ReplaceByLonger(nOld, pchOld, nNew, pchNew)
+                       : ReplaceByShorter(nOld, pchOld, nNew, pchNew);
+}
+
+/// Writes [pchRead, pchEnd) to the front of the block with up to `nMost` hits replaced; the result
+/// is their number.
+template <class Hits>
+int WString::Merge(Hits hits, const char16_t* pchRead, const char16_t* pchEnd, int nOld, int nNew,
+                   const char16_t* pchNew, int nMost) {
+    char16_t* pchWrite = m_pchData;
     int nHits = 0;
-    for (pchRead = pchHit; nHits < nMost; ++nHits) {
-        pchHit = hits.NextApart();
+    for (; nHits < nMost; ++nHits) {
+        const char16_t* pchHit = hits.Next();
         if (pchHit == nullptr) {
             break;
         }
@@ -662,13 +644,62 @@ int WString::ReplaceHits(int nOld, const char16_t* pchOld, int nNew, const char1
         pchRead = pchHit + nOld;
     }
     pchWrite = carry(pchWrite, pchRead, pchEnd);
-    const int nNewLength = distance(m_pchData, pchWrite);
-    *pchWrite = u'\0';
-    require(m_pchData[nNewLength] == u'\0', "m_pchData [nNewLength] == L'\\0'");
-    SetLength(nNewLength);
+    SetLength(distance(m_pchData, pchWrite));
+    return nHits;
+}
+
+/// In one pass: the room for a result that is not longer is known beforehand.
+int WString::ReplaceByShorter(int nOld, const char16_t* pchOld, int nNew, const char16_t* pchNew) {
+    WStringData* pData = GetData();
+    const char16_t* pchText = m_pchData;
+    const char16_t* pchEnd = pchText + pData->nDataLength;
+    const char16_t* pchHit =
+        platform::wcsstr(pchText, pchEnd, pchOld, static_cast<std::size_t>(nOld));
+    if (pchHit == nullptr) {
+        return 0;
+    }
+    const bool bMove = refs(pData) > 1;
+    if (bMove) {
+        AllocBuffer(pData->nDataLength);
+    }
+    platform::WideTextHits hits(pchHit, pchEnd, pchOld, static_cast<std::size_t>(nOld));
+    const int nHits = Merge(hits, pchText, pchEnd, nOld, nNew, pchNew, INT_MAX);
     if (bMove) {
         Release(pData);
     }
+    return nHits;
+}
+
+int WString::ReplaceByLonger(int nOld, const char16_t* pchOld, int nNew, const char16_t* pchNew) {
+    WStringData* pData = GetData();
+    const int nLength = pData->nDataLength;
+    const auto search = [&](const char16_t* pchFirst, const char16_t* pchLast) {
+        return platform::WideTextHits(pchFirst, pchLast, pchOld, static_cast<std::size_t>(nOld));
+    };
+    growth::InPlace growth(m_pchData, nLength, search);
+    const int nHits = growth.Count();
+    if (nHits == 0) {
+        return 0;
+    }
+    const char16_t* pchText = m_pchData;
+    const int nNewLength = checked_length(nLength + (static_cast<long long>(nNew) - nOld) * nHits);
+    const int nGrowth = nNewLength - nLength;
+    if (refs(pData) > 1 || pData->nAllocLength < nNewLength) {
+        AllocBuffer(nNewLength);
+        Merge(search(pchText, pchText + nLength), pchText, pchText + nLength, nOld, nNew, pchNew,
+              nHits);
+        Release(pData);
+    } else if (nHits <= growth::kMost) {
+        growth.Replace(nHits, nOld, pchNew, nNew);
+        SetLength(nNewLength);
+    } else {
+        // To the end of its room, so that the merge forward never overtakes what it reads.
+        move_units(m_pchData + nGrowth, m_pchData, nLength + 1);
+        pchText += nGrowth;
+        Merge(search(pchText, pchText + nLength), pchText, pchText + nLength, nOld, nNew, pchNew,
+              nHits);
+    }
+    require(m_pchData[nNewLength] == u'\0', "m_pchData [nNewLength] == L'\\0'");
     return nHits;
 }
 
