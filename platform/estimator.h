@@ -3,30 +3,12 @@
 #include <algorithm>
 #include <climits>
 #include <cstddef>
-#include <cstring>
 #include <type_traits>
 
 #include "format_syntax.h"
-#include "wide_text.h"
+#include "text_length.h"
 
 namespace platform {
-
-/// Does not read past a precision: nothing behind it is printed.
-inline std::size_t measure(const char* text, int precision) {
-    return precision != 0 ? ::strnlen(text, static_cast<std::size_t>(precision))
-                          : std::strlen(text);
-}
-
-inline std::size_t measure(const char16_t* text, int precision) {
-    if (precision == 0) {
-        return wcslen(text);
-    }
-    std::size_t length = 0;
-    while (length < static_cast<std::size_t>(precision) && text[length] != u'\0') {
-        ++length;
-    }
-    return length;
-}
 
 /// Sums up the allowance of a format, which follows fixed rules and is no bound.
 template <class Unit>
@@ -40,7 +22,7 @@ public:
     void PlainInteger(int) { allowance_ += kInteger; }
 
     void PlainText(const Unit* text) {
-        AddPlainText(text != nullptr ? measure(text, 0) : kNullTextLength);
+        AddPlainText(text != nullptr ? length_of(text) : kNullTextLength);
     }
 
     /// Of a plain text that is measured already.
@@ -85,11 +67,18 @@ private:
         return static_cast<long long>(conversion.width) + conversion.precision;
     }
 
+    /// Does not read past a precision: nothing behind it is printed.
+    template <class Any>
+    static std::size_t Measure(const Any* text, int precision) {
+        return precision == 0 ? length_of(text)
+                              : bounded_length(text, static_cast<std::size_t>(precision));
+    }
+
     static long long LengthOfText(const Conversion& conversion) {
         std::size_t length = kNullTextLength;
         if (conversion.pointer != nullptr) {
-            length = conversion.isWide ? measure(conversion.WideText(), conversion.precision)
-                                       : measure(conversion.NarrowText(), conversion.precision);
+            length = conversion.isWide ? Measure(conversion.WideText(), conversion.precision)
+                                       : Measure(conversion.NarrowText(), conversion.precision);
         }
         return static_cast<long long>(std::max<std::size_t>(length, 1));
     }

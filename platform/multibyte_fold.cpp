@@ -3,6 +3,7 @@
 #include <wchar.h>
 
 #include <array>
+#include <cerrno>
 #include <climits>
 #include <cstring>
 
@@ -57,7 +58,7 @@ void fold_utf8_character(const Fold& fold, char* p, std::size_t length) {
     }
 }
 
-void fold_locale_character(const Fold& fold, char* p, std::size_t length) {
+void fold_by_locale(const Fold& fold, char* p, std::size_t length) {
     wchar_t value;
     mbstate_t state{};
     if (mbrtowc(&value, p, length, &state) != length) {
@@ -72,6 +73,12 @@ void fold_locale_character(const Fold& fold, char* p, std::size_t length) {
     if (wcrtomb(bytes, static_cast<wchar_t>(folded), &state) == length) {
         std::memcpy(p, bytes, length);
     }
+}
+
+void fold_locale_character(const Fold& fold, char* p, std::size_t length) {
+    const int oldErrno = errno;
+    fold_by_locale(fold, p, length);
+    errno = oldErrno;
 }
 
 }  // namespace

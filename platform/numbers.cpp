@@ -91,9 +91,7 @@ std::size_t point_length(const char* text) {
 }
 
 std::size_t point_length(const char16_t* text) {
-    // This item is no pointer but the character itself.
-    const auto point = reinterpret_cast<std::uintptr_t>(nl_langinfo(_NL_NUMERIC_DECIMAL_POINT_WC));
-    return static_cast<std::uint32_t>(point) == *text;
+    return wide_decimal_point() == *text ? 1 : 0;
 }
 
 // Which units the text of a number may hold besides a decimal point.
@@ -315,6 +313,14 @@ double atof(const char* text) noexcept {
 
 double _wtof(const char16_t* text) noexcept {
     return read_double(text);
+}
+
+char16_t wide_decimal_point() noexcept {
+    // This item is no pointer but the character itself. Its codeset need not be the text's, so the
+    // narrow one cannot be converted.
+    const auto point = static_cast<std::uint32_t>(
+        reinterpret_cast<std::uintptr_t>(nl_langinfo(_NL_NUMERIC_DECIMAL_POINT_WC)));
+    return point != 0 && point <= 0xFFFF ? static_cast<char16_t>(point) : u'.';
 }
 
 }  // namespace platform

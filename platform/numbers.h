@@ -24,4 +24,7 @@ std::int64_t _wcstoi64(const char16_t* text) noexcept;
 double atof(const char* text) noexcept;
 double _wtof(const char16_t* text) noexcept;
 
+/// The locale's decimal point in 16-bit text, for reading and for printing.
+char16_t wide_decimal_point() noexcept;
+
 }  // namespace platform

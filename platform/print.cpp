@@ -9,25 +9,13 @@
 #include "print_integer.h"
 #include "print_sink.h"
 #include "print_text.h"
-#include "wide_text.h"
+#include "text_length.h"
 
 namespace platform {
 
 namespace {
 
 constexpr std::string_view kNullText = "(null)";
-
-std::size_t bounded_length(const char* text, std::size_t limit) {
-    return ::strnlen(text, limit);
-}
-
-std::size_t bounded_length(const char16_t* text, std::size_t limit) {
-    std::size_t length = 0;
-    while (length < limit && text[length] != u'\0') {
-        ++length;
-    }
-    return length;
-}
 
 std::size_t padding(const Conversion& conversion, std::size_t length) {
     const std::size_t width = static_cast<std::size_t>(conversion.width);
@@ -38,7 +26,7 @@ template <class Unit>
 class Printer {
 public:
     Printer(Unit* destination, int capacity, ProcessPage& page)
-        : sink_(destination, capacity), page_(page), point_(page) {}
+        : sink_(destination, capacity), page_(page) {}
 
     void Literal(const Unit* text, std::size_t count) { sink_.Put(text, count); }
 
@@ -54,7 +42,7 @@ public:
     }
 
     void PlainText(const Unit* text) {
-        PutPlainText(text, text != nullptr ? measure(text, 0) : kNullText.size());
+        PutPlainText(text, text != nullptr ? length_of(text) : kNullText.size());
     }
 
     /// Of a plain text that is measured already.
@@ -259,7 +247,7 @@ public:
     }
 
     void PlainText(const Unit* text) {
-        const std::size_t length = text != nullptr ? measure(text, 0) : kNullText.size();
+        const std::size_t length = text != nullptr ? length_of(text) : kNullText.size();
         estimator_.AddPlainText(length);
         printer_.PutPlainText(text, length);
     }

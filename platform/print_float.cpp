@@ -6,7 +6,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "conversion.h"
+#include "numbers.h"
 #include "print.h"
 
 namespace platform {
@@ -119,19 +119,8 @@ void DecimalPoint<char>::LookUp() {
 
 template <>
 void DecimalPoint<char16_t>::LookUp() {
-    const std::string_view text = locale_point();
-    units_[0] = static_cast<char16_t>(text[0]);
+    units_[0] = wide_decimal_point();
     length_ = 1;
-    if (text.size() == 1 && static_cast<unsigned char>(text[0]) < 0x80) {
-        return;
-    }
-    const int count = MultiByteToWideChar(page_.Get().number, text.data(),
-                                          static_cast<int>(text.size()), units_, MB_LEN_MAX);
-    if (count > 0) {
-        length_ = static_cast<std::size_t>(count);
-    } else {
-        units_[0] = u'.';
-    }
 }
 
 namespace {
@@ -139,8 +128,7 @@ namespace {
 template <class Unit>
 int print_general_into(Unit* destination, double value) {
     constexpr int kRoom = 128;
-    ProcessPage page;
-    DecimalPoint<Unit> point(page);
+    DecimalPoint<Unit> point;
     Sink<Unit> sink(destination, kRoom);
     if (std::signbit(value)) {
         sink.Put(Unit{'-'});

@@ -46,8 +46,6 @@ private:
 template <class Unit>
 class DecimalPoint {
 public:
-    explicit DecimalPoint(ProcessPage& page) : page_(page) {}
-
     void Put(Sink<Unit>& sink) {
         Load();
         sink.Put(units_, length_);
@@ -65,7 +63,6 @@ private:
     }
     void LookUp();
 
-    ProcessPage& page_;
     std::size_t length_ = 0;
     Unit units_[MB_LEN_MAX];
 };

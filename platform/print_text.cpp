@@ -1,6 +1,13 @@
 #include "print_text.h"
 
+#include <wchar.h>
+
+#include <algorithm>
+
 #include "conversion.h"
+#include "decode_table.h"
+#include "text_length.h"
+#include "utf8_walk.h"
 
 namespace platform {
 
@@ -51,33 +58,119 @@ std::size_t convert_chunk(const CodePage& page, const Other* text, std::size_t c
     return count;
 }
 
-/// Length of the next chunk of a terminated text, which ends where a character ends; 0 at its end.
-std::size_t chunk_length(const CodePage&, const char16_t* text) {
-    std::size_t count = 0;
-    while (count < kChunk && text[count] != u'\0') {
-        ++count;
-    }
-    const bool isSplit = count == kChunk && is_high(text[count - 1]) && is_low(text[count]);
-    return isSplit ? count - 1 : count;
-}
+// The next chunk of a text is as long as `most`, or ends in front of a NUL, or where a character
+// ends; it is empty only at the end. Nothing behind `most` is read, except for the rest of a
+// character: what a precision cuts off need not be there.
 
-std::size_t chunk_length(const CodePage& page, const char* text) {
-    constexpr std::size_t kLongest = MB_LEN_MAX;
-    const std::size_t count = ::strnlen(text, kChunk + kLongest);
-    if (count <= kChunk) {
+std::size_t chunk_length(const CodePage&, const char16_t* text, std::size_t most) {
+    const std::size_t count = bounded_length(text, std::min(most, kChunk));
+    if (count == 0 || !is_high(text[count - 1])) {
         return count;
     }
-    if (page.grouping != Grouping::Utf8) {
-        return static_cast<std::size_t>(character_start(page, text, text + kChunk, text + count) -
-                                        text);
+    // Half a pair comes again with the next chunk, which it begins.
+    if (count > 1) {
+        return count - 1;
     }
-    // A decoder sees an ill-formed sequence as one, too, where the walk sees single bytes.
-    for (std::size_t end = kChunk; end > kChunk - 4; --end) {
-        if ((text[end] & 0xC0) != 0x80) {
-            return end;
+    return is_low(text[1]) ? 2 : 1;
+}
+
+/// Bytes of the first sequence as a decoder sees it, ill-formed or not.
+std::size_t utf8_sequence(const char* text) {
+    const std::size_t length = utf8_length(text);
+    const auto lead = static_cast<unsigned char>(text[0]);
+    if (length > 1 || lead < 0xE0 || !is_utf8_start(lead, static_cast<unsigned char>(text[1]))) {
+        return length;
+    }
+    std::size_t count = 2;
+    while (is_utf8_continuation(text[count])) {
+        ++count;
+    }
+    return count;
+}
+
+constexpr std::size_t kIncomplete = static_cast<std::size_t>(-2);
+
+/// As `mbrlen` says from the initial state; an error counts as one byte.
+std::size_t sequence_by_locale(const char* text, std::size_t count) {
+    mbstate_t state{};
+    const std::size_t length = mbrlen(text, count, &state);
+    return length == 0 || (length > count && length != kIncomplete) ? 1 : length;
+}
+
+std::size_t first_by_locale(const char* text) {
+    std::size_t count = 1;
+    while (count < MB_LEN_MAX && sequence_by_locale(text, count) == kIncomplete &&
+           text[count] != '\0') {
+        ++count;
+    }
+    return count;
+}
+
+std::size_t last_by_locale(const char* text, std::size_t count) {
+    std::size_t start = 0;
+    for (std::size_t length = 0; length < count - start;) {
+        start += length;
+        length = sequence_by_locale(text + start, count - start);
+    }
+    return start;
+}
+
+std::size_t last_in_utf8(const char* text, std::size_t count) {
+    for (std::size_t end = count; end > 0 && end + 4 > count; --end) {
+        if (!is_utf8_continuation(text[end - 1])) {
+            return end - 1;
         }
     }
-    return kChunk;
+    return count;
+}
+
+const DecodeTable* table_of(const CodePage& page) {
+    const DecodeTable* table = page.grouping == Grouping::Other ? decode_table(page) : nullptr;
+    return table != nullptr && !table->isStreamed ? table : nullptr;
+}
+
+std::size_t first_sequence(const CodePage& page, const char* text) {
+    if (const DecodeTable* table = table_of(page)) {
+        return table_first_sequence(*table, text);
+    }
+    switch (page.grouping) {
+        case Grouping::Utf8:
+            return utf8_sequence(text);
+        case Grouping::Other:
+            return first_by_locale(text);
+        case Grouping::SingleByte:
+        case Grouping::DoubleByte:
+            break;
+    }
+    return _mbclen(page, text);
+}
+
+/// Where the last sequence within `count` bytes begins, be it complete or not.
+std::size_t last_sequence(const CodePage& page, const char* text, std::size_t count) {
+    if (const DecodeTable* table = table_of(page)) {
+        return table_last_sequence(*table, text, count);
+    }
+    switch (page.grouping) {
+        case Grouping::Utf8:
+            return last_in_utf8(text, count);
+        case Grouping::Other:
+            return last_by_locale(text, count);
+        case Grouping::SingleByte:
+        case Grouping::DoubleByte:
+            break;
+    }
+    return static_cast<std::size_t>(character_start(page, text, text + count - 1, text + count) -
+                                    text);
+}
+
+std::size_t chunk_length(const CodePage& page, const char* text, std::size_t most) {
+    most = std::min(most, kChunk);
+    const std::size_t count = bounded_length(text, most);
+    if (count < most) {
+        return count;
+    }
+    const std::size_t whole = last_sequence(page, text, count);
+    return whole != 0 ? whole : first_sequence(page, text);
 }
 
 /// The longest part of a converted text that keeps within `limit`, which is shorter than the text.
@@ -96,7 +189,7 @@ std::size_t put_text(Sink<Unit>& sink, const CodePage& page, const Other* text, 
     Unit buffer[kChunk * kMostPerUnit<Unit> + 1];
     std::size_t total = 0;
     while (total < limit) {
-        const std::size_t count = chunk_length(page, text);
+        const std::size_t count = chunk_length(page, text, limit - total);
         if (count == 0) {
             break;
         }
