@@ -415,13 +415,13 @@ public:
     /// @}
     /// @name Formatting
     /// The format must be terminated and not null; neither it nor a text argument may lie in the
-    /// value's own block. Conversions: `d i u o x X`, `e f g G`, `p`, `c s` (narrow; wide with `l`),
-    /// `C S` (wide; narrow with `h`), `n` (writes nothing), with the flags, widths and precisions of
-    /// `printf`, `*` among them. An integer is an `int`, also with `l` or `I32`; `h` cuts it to 16
-    /// bits, and `I64` reads 64 bits, so a `long` goes with `I64`. The prefixes `F`, `L` and `N` do
-    /// nothing. Anything else fails an assertion, and so do a negative width and precision. The
-    /// capacity afterwards is an estimate, often larger than the text; `FreeExtra` gives the rest
-    /// back.
+    /// value's own block. Conversions: `d i u o x X`, `e f g G`, `p`, `c s` (narrow; wide with
+    /// `l`), `C S` (wide; narrow with `h`), `n` (writes nothing), with the flags, widths and
+    /// precisions of `printf`, `*` among them. An integer is an `int`, also with `l` or `I32`; `h`
+    /// cuts it to 16 bits, and `I64` reads 64 bits, so a `long` goes with `I64`. The prefixes `F`,
+    /// `L` and `N` do nothing. Anything else fails an assertion, and so do a negative width and
+    /// precision. The capacity afterwards is an estimate, often larger than the text; `FreeExtra`
+    /// gives the rest back.
     /// @{
 
     /// Replaces the text.
