@@ -99,11 +99,11 @@ std::size_t sequence_by_locale(const char* text, std::size_t count) {
 
 std::size_t first_by_locale(const char* text) {
     std::size_t count = 1;
-    while (count < MB_LEN_MAX && sequence_by_locale(text, count) == kIncomplete &&
-           text[count] != '\0') {
-        ++count;
+    std::size_t length = sequence_by_locale(text, count);
+    while (length == kIncomplete && count < MB_LEN_MAX && text[count] != '\0') {
+        length = sequence_by_locale(text, ++count);
     }
-    return count;
+    return length == kIncomplete ? count : length;
 }
 
 std::size_t last_by_locale(const char* text, std::size_t count) {
