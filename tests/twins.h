@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Kelm.h"
+#include "texts.h"
 
 /// The protected parts of a class, for tests that look at blocks.
 template <class Text>
@@ -64,16 +65,4 @@ inline std::string whole(const Kelm& text) {
 
 inline std::u16string whole(const WString& text) {
     return {text.constBuffer(), static_cast<std::size_t>(text.GetLength())};
-}
-
-/// All texts of up to `nMost` units over the letters.
-template <class String>
-std::vector<String> all_texts(const String& letters, std::size_t nMost) {
-    std::vector<String> texts{String()};
-    for (std::size_t n = 0; texts[n].size() < nMost; ++n) {
-        for (const auto ch : letters) {
-            texts.push_back(texts[n] + ch);
-        }
-    }
-    return texts;
 }

@@ -19,50 +19,34 @@ struct Reading {
 const Reading kReadings[] = {
     {"", 0, 0, false},
     {"0", 0, 0, false},
-    {"xyz", 0, 0, false},
     {"ab", 171, 0, false},
-    {"12ab", 12, 12, true},
     {"  42", 42, 42, true},
-    {"+7", 7, 7, true},
-    {"0x", 0, 0, false},
     {"0x1A", 26, 0, true},
-    {"1f", 1, 1, true},
     {"0f", 15, 0, true},
     {"-ff", -255, 0, false},
     {"1e2", 1, 100, true},
     {"ffffffff", INT_MAX, 0, false},
     {"99999999999", INT_MAX, 99999999999.0, true},
-    {"-99999999999", INT_MIN, -99999999999.0, true},
     {"abc1", 43969, 0, true},
-    {"on 1", 0, 0, false},
     {"0.5", 0, 0.5, false},
     {"true1", 0, 0, false},
     {" TRUE\t", 0, 0, true},
     {"oN", 0, 0, true},
     {"Yes", 0, 0, true},
     {"yes sir", 0, 0, false},
-    {"y", 0, 0, false},
-    {"  ", 0, 0, false},
     {"inf", 0, 0, false},
-    {"-1", -1, -1, true},
-    {"00", 0, 0, false},
 };
 
-bool right_order(const Kelm& a, const Kelm& b, int nSign) {
+template <class A, class B>
+bool right_order(const A& a, const B& b, int nSign) {
     return (a < b) == (nSign < 0) && (a <= b) == (nSign <= 0) && (a == b) == (nSign == 0) &&
            (a != b) == (nSign != 0) && (a >= b) == (nSign >= 0) && (a > b) == (nSign > 0);
 }
 
 template <class Text, class Unit>
-bool right_order_of_pointer(const Text& a, const Unit* b, int nSign) {
-    return (a < b) == (nSign < 0) && (a <= b) == (nSign <= 0) && (a == b) == (nSign == 0) &&
-           (a != b) == (nSign != 0) && (a >= b) == (nSign >= 0) && (a > b) == (nSign > 0) &&
-           (b > a) == (nSign < 0) && (b >= a) == (nSign <= 0) && (b == a) == (nSign == 0) &&
-           (b != a) == (nSign != 0) && (b <= a) == (nSign >= 0) && (b < a) == (nSign > 0);
-}
-
-int sign(int n) {
-    return (n > 0) - (n < 0);
+bool right_orders(const Text& a, const Unit* b, int nSign) {
+    return right_order(a, b, nSign) && right_order(b, a, -nSign) &&
+           (b == nullptr || right_order(a, Text(b), nSign));
 }
 
 }  // namespace
@@ -148,23 +132,9 @@ TEST(Classes, ByByte) {
 }
 
 TEST(Similar, DividesByItsOwnLength) {
-    const struct {
-        const char *a, *b;
-        float score;
-    } rows[] = {{"", "", 0},
-                {"", "a", 0},
-                {"a", "", 0},
-                {"a", "A", 0},
-                {"abc", "abcdef", 1},
-                {"abcdef", "abc", 0.5F},
-                {"abc", "xaxbxc", 1},
-                {"abc", "cba", 1 / 3.0F},
-                {"abcd", "abxd", 0.75F},
-                {"abcbdab", "bdcaba", 4 / 7.0F},
-                {"bdcaba", "abcbdab", 4 / 6.0F}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(Kelm(row.a).Similar(row.b), row.score) << row.a << ' ' << row.b;
-    }
+    EXPECT_TRUE(Kelm().Similar("") == 0 && Kelm().Similar("a") == 0 && Kelm("a").Similar("") == 0);
+    EXPECT_EQ(Kelm("abcbdab").Similar("bdcaba"), 4 / 7.0F);
+    EXPECT_EQ(Kelm("bdcaba").Similar("abcbdab"), 4 / 6.0F);
     EXPECT_EQ(Kelm("a\0b", 3).Similar(Kelm("x\0b", 3)), 2 / 3.0F);
     EXPECT_EQ(Kelm("a\0b", 3).Similar("a"), 1 / 3.0F);
 }
@@ -178,9 +148,8 @@ TEST(Order, ByCharacterUpToNul) {
                 {"_", "A", 1, -1},   {"z", "\x7F", -1, -1}};
     for (const auto& row : rows) {
         const Kelm a(row.a), b(row.b);
-        EXPECT_TRUE(right_order(a, b, row.nCase)) << row.a << ' ' << row.b;
-        EXPECT_TRUE(right_order_of_pointer(a, row.b, row.nCase)) << row.a << ' ' << row.b;
-        EXPECT_TRUE(right_order_of_pointer(WString(a), WString(b).constBuffer(), row.nCase));
+        EXPECT_TRUE(right_orders(a, row.b, row.nCase)) << row.a << ' ' << row.b;
+        EXPECT_TRUE(right_orders(WString(a), WString(b).constBuffer(), row.nCase));
         EXPECT_EQ(sign(a.CompareNoCase(b)), row.nNoCase) << row.a << ' ' << row.b;
         EXPECT_EQ(sign(WString(a).CompareNoCase(WString(b))), row.nNoCase);
         EXPECT_EQ(sign(a.Collate(b)), row.nCase);
@@ -188,9 +157,8 @@ TEST(Order, ByCharacterUpToNul) {
     }
     const char* null = nullptr;
     const char16_t* wideNull = nullptr;
-    EXPECT_TRUE(right_order_of_pointer(Kelm(), null, 1) && Kelm().Compare(null) == 1);
-    EXPECT_TRUE(right_order_of_pointer(WString(), wideNull, 1) &&
-                WString().CompareNoCase(wideNull) == 1);
+    EXPECT_TRUE(right_orders(Kelm(), null, 1) && Kelm().Compare(null) == 1);
+    EXPECT_TRUE(right_orders(WString(), wideNull, 1) && WString().CompareNoCase(wideNull) == 1);
     EXPECT_TRUE(Kelm("ab\0x", 4) == Kelm("ab\0y", 4) && Kelm("ab\0x", 4) == "ab");
     EXPECT_TRUE(WString(u"\xFFFF") > u"\xD83D\xDE00" && WString(u"\x8000") > u"z");
     const LocaleScope locale("de_DE.UTF-8");
