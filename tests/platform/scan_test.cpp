@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "text_search.h"
+#include "texts.h"
 
 namespace {
 
@@ -119,17 +120,8 @@ TYPED_TEST(ScanTest, UnitsAtEveryPlaceOfEveryLength) {
     }
 }
 
-TYPED_TEST(ScanTest, AUnitReplacedByItselfIsCounted) {
-    std::basic_string<TypeParam> text(100, 'a');
-    EXPECT_EQ(platform::replace_unit<TypeParam>(text.data(), text.data() + 100, 'a', 'a'), 100U);
-}
-
 TYPED_TEST(ScanTest, TextsInAllShortTexts) {
-    std::vector<std::basic_string<TypeParam>> texts{{}};
-    for (std::size_t i = 0; texts[i].size() < 7; ++i) {
-        texts.push_back(texts[i] + TypeParam{'a'});
-        texts.push_back(texts[i] + TypeParam{'b'});
-    }
+    const auto texts = all_texts(this->Wide("ab"), 7);
     for (const auto& text : texts) {
         for (std::size_t i = 0; i < 63; ++i) {
             this->ExpectPlaces(text, texts[i]);

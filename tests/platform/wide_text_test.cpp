@@ -12,8 +12,8 @@
 
 #include "guarded.h"
 #include "locales.h"
+#include "texts.h"
 #include "two_way.h"
-#include "wide_blocks.h"
 
 namespace {
 
@@ -37,10 +37,6 @@ char16_t SlowLower(char16_t unit) {
 std::u16string Folded(std::u16string text, char16_t (*fold)(char16_t)) {
     std::transform(text.begin(), text.end(), text.begin(), fold);
     return text;
-}
-
-int Sign(int value) {
-    return (value > 0) - (value < 0);
 }
 
 std::u16string RandomText(std::mt19937& random, std::size_t length, std::u16string_view alphabet) {
@@ -80,32 +76,14 @@ TEST(WideText, IsComparedAtEveryAlignment) {
                     other[place] = unit;
                     const char16_t* const left = leftPages.AcrossPages(text, before);
                     const char16_t* const right = rightPages.AtEnd(other.c_str());
-                    const int order = Sign(text.compare(other.c_str()));
-                    ASSERT_EQ(Sign(platform::wcscmp(left, right)), order) << length << ' ' << place;
-                    ASSERT_EQ(Sign(platform::wcscmp(right, left)), -order);
-                    ASSERT_EQ(Sign(platform::_wcsicmp(left, right)), order);
-                    ASSERT_EQ(Sign(platform::_wcsicmp(right, left)), -order);
+                    const int order = sign(text.compare(other.c_str()));
+                    ASSERT_EQ(sign(platform::wcscmp(left, right)), order) << length << ' ' << place;
+                    ASSERT_EQ(sign(platform::wcscmp(right, left)), -order);
+                    ASSERT_EQ(sign(platform::_wcsicmp(left, right)), order);
+                    ASSERT_EQ(sign(platform::_wcsicmp(right, left)), -order);
                 }
             }
         }
-    }
-    EXPECT_EQ(platform::wcsncmp(u"I64d", u"I64u", 3), 0);
-    EXPECT_LT(platform::wcsncmp(u"I6", u"I64", 3), 0);
-    EXPECT_GT(platform::wcsncmp(u"\u8000", u"a", 1), 0);
-    EXPECT_EQ(platform::wcsncmp(u"a", u"a", 9), 0);
-}
-
-TEST(WideText, IsComparedInBlocks) {
-    std::mt19937 random(4);
-    for (int i = 0; i < 8000; ++i) {
-        std::u16string left = RandomText(random, 3 * platform::kBlockUnits, u"\x8000\x100");
-        std::u16string right = left;
-        const std::size_t place = random() % left.size();
-        right[place] = static_cast<char16_t>(random() % 2);
-        left[i % 2 == 0 ? place : random() % left.size()] = right[place];
-        const auto differs = std::mismatch(left.begin(), left.end(), right.begin()).first;
-        const auto end = std::find(left.begin(), differs, u'\0') - left.begin();
-        ASSERT_EQ(platform::end_in_blocks(left.data(), right.data(), 3), end);
     }
 }
 
@@ -121,11 +99,11 @@ TEST(WideText, IsComparedWithoutCaseByTheLocale) {
             if (i % 3 == 0 && !right.empty()) {
                 right[random() % right.size()] = kLetters[random() % kLetters.size()];
             }
-            const int order = Sign(Folded(left, SlowLower).compare(Folded(right, SlowLower)));
+            const int order = sign(Folded(left, SlowLower).compare(Folded(right, SlowLower)));
             const char16_t* const l = leftPages.AcrossPages(left, random() % 70);
             const char16_t* const r = rightPages.AtEnd(right);
-            ASSERT_EQ(Sign(platform::_wcsicmp(l, r)), order) << locale << ' ' << i;
-            ASSERT_EQ(Sign(platform::_wcsicmp(r, l)), -order) << locale << ' ' << i;
+            ASSERT_EQ(sign(platform::_wcsicmp(l, r)), order) << locale << ' ' << i;
+            ASSERT_EQ(sign(platform::_wcsicmp(r, l)), -order) << locale << ' ' << i;
         }
     }
     EXPECT_GT(platform::_wcsicmp(u"a", u"_"), 0);
@@ -203,16 +181,6 @@ TEST(WideText, LosesTheUnitsOfAClassOfTheLocale) {
     }
 }
 
-TEST(WideText, IsSearchedToTheEndOfTheRangeOnly) {
-    const char16_t first[] = u"abc\0abcb";
-    EXPECT_EQ(platform::wcschr(first, first + 8, u'\0'), first + 3);
-    EXPECT_EQ(platform::wcschr(first, first + 3, u'\0'), nullptr);
-    EXPECT_EQ(platform::wcsrchr(first, first + 7, u'b'), first + 5);
-    EXPECT_EQ(platform::wcsrchr(first, first + 1, u'b'), nullptr);
-    EXPECT_EQ(platform::wcsstr(first, first + 8, u"cb", 2), first + 6);
-    EXPECT_EQ(platform::wcsstr(first, first + 7, u"cb", 2), nullptr);
-}
-
 TEST(WideText, IsSearchedForTheMembersOfASet) {
     GuardedPages<char16_t> pages;
     std::mt19937 random(2);
@@ -282,27 +250,16 @@ TEST(WideText, IsSearchedWithoutCaseInLinearTime) {
     }
 }
 
-// Bit n of the number is unit n.
-std::u16string BinaryText(unsigned bits, std::size_t length) {
-    std::u16string text;
-    for (std::size_t i = 0; i < length; ++i) {
-        text += (bits >> i & 1) != 0 ? u'b' : u'a';
-    }
-    return text;
-}
-
 TEST(TwoWay, FindsWhatIsThereInAllShortTexts) {
-    for (std::size_t count = 1; count <= 8; ++count) {
-        for (unsigned patternBits = 0; patternBits < 1U << count; ++patternBits) {
-            const std::u16string pattern = BinaryText(patternBits, count);
-            for (unsigned bits = 0; bits < 1U << 13; bits += 11) {
-                const std::u16string text = BinaryText(bits, 13);
-                const std::size_t found =
-                    platform::find_two_way(pattern.data(), count, text.size(),
-                                           [&text](std::size_t i) { return text.at(i); });
-                ASSERT_EQ(found, std::min(text.find(pattern), text.size()))
-                    << bits << ' ' << patternBits;
-            }
+    const auto texts = all_texts(std::u16string(u"ab"), 12);
+    for (std::size_t n = 1; n < 511; ++n) {
+        const std::u16string& pattern = texts[n];
+        for (std::size_t at = n % 11; at < texts.size(); at += 11) {
+            const std::u16string& text = texts[at];
+            const std::size_t found =
+                platform::find_two_way(pattern.data(), pattern.size(), text.size(),
+                                       [&text](std::size_t i) { return text.at(i); });
+            ASSERT_EQ(found, std::min(text.find(pattern), text.size())) << n << ' ' << at;
         }
     }
 }
