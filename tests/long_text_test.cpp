@@ -30,44 +30,25 @@ protected:
 
     Whole AnyText() { return Text(Below(Below(8) == 0 ? 9000 : 900), 3, 1 + Below(60)); }
 
-    static Open<TypeParam> From(const Whole& text, std::size_t room = 0) {
-        Open<TypeParam> value;
-        value.GetBuffer(static_cast<int>(std::max(room, text.size())));
-        std::copy(text.begin(), text.end(),
-                  value.GetBufferSetLength(static_cast<int>(text.size())));
-        return value;
-    }
-
     std::mt19937 random_{20};
 };
 TYPED_TEST_SUITE(LongText, Twins);
-
-template <class String>
-String replaced(const String& text, const String& from, const String& to, int& nHits) {
-    String result;
-    std::size_t nFrom = 0;
-    for (auto at = text.find(from); at != String::npos; at = text.find(from, nFrom), ++nHits) {
-        result.append(text, nFrom, at - nFrom).append(to);
-        nFrom = at + from.size();
-    }
-    return result.append(text, nFrom);
-}
 
 TYPED_TEST(LongText, ReplacesInPlaceAndInABlockOfItsOwn) {
     for (const char* locale : {"en_US.UTF-8", "ja_JP.SHIFT_JIS"}) {
         const LocaleScope scope(locale);
         for (int n = 0; n < 1500; ++n) {
             const auto text = this->AnyText();
-            const auto from = this->Text(1 + this->Below(4), 1 + this->Below(3), INT_MAX);
+            const auto old = this->Text(1 + this->Below(4), 1 + this->Below(3), INT_MAX);
             const auto to = this->Text(this->Below(8), 3, INT_MAX);
-            int nHits = 0;
-            const auto expected = replaced(text, from, to, nHits);
-            auto inPlace = this->From(text, expected.size());
+            auto expected = text;
+            const int nHits = replace_all(expected, old, to);
+            auto inPlace = from<TypeParam>(text, expected.size());
             const auto* pBefore = inPlace.constBuffer();
-            const auto other = this->From(text);
+            const auto other = from<TypeParam>(text);
             auto shared = other;
             for (auto* pText : {&inPlace, &shared}) {
-                ASSERT_EQ(pText->Replace(from.c_str(), to.c_str()), nHits) << n;
+                ASSERT_EQ(pText->Replace(old.c_str(), to.c_str()), nHits) << n;
                 ASSERT_EQ(whole(*pText), expected) << n;
             }
             ASSERT_EQ(inPlace.constBuffer(), pBefore) << n;
@@ -78,8 +59,9 @@ TYPED_TEST(LongText, ReplacesInPlaceAndInABlockOfItsOwn) {
 
 TYPED_TEST(LongText, GrowsInPlaceWhateverTheNumberOfHits) {
     for (const int nHits : {255, 256, 257, 131072, 131073, 200000}) {
-        auto text = this->From(typename TestFixture::Whole(static_cast<std::size_t>(nHits), 'x'),
-                               3 * static_cast<std::size_t>(nHits));
+        auto text =
+            from<TypeParam>(typename TestFixture::Whole(static_cast<std::size_t>(nHits), 'x'),
+                            3 * static_cast<std::size_t>(nHits));
         ASSERT_EQ(text.Replace(T_("x"), T_("abc")), nHits);
         typename TestFixture::Whole expected;
         for (int n = 0; n < nHits; ++n) {
@@ -100,13 +82,13 @@ TYPED_TEST(LongText, LosesUnitsAndClasses) {
                    {&TypeParam::RemoveControl, "\n"}};
     for (int n = 0; n < 1500; ++n) {
         const auto text = this->AnyText();
-        auto object = this->From(text);
+        auto object = from<TypeParam>(text);
         auto expected = text;
         std::erase(expected, Unit(','));
         ASSERT_EQ(object.Remove(Unit(',')), static_cast<int>(text.size() - expected.size()));
         ASSERT_EQ(whole(object), expected) << n;
         for (const auto& row : classes) {
-            object = this->From(text);
+            object = from<TypeParam>(text);
             expected = text;
             std::erase_if(expected, [&](Unit ch) {
                 return (ch == 0 && row.members == std::string("\n")) ||
@@ -130,7 +112,7 @@ TYPED_TEST(LongText, HasElements) {
         }
         const int nElement = this->Below(static_cast<int>(elements.size()));
         const String element = elements[static_cast<std::size_t>(nElement)];
-        const TypeParam object = this->From(text);
+        const TypeParam object = from<TypeParam>(text);
         ASSERT_EQ(whole(object.Element(nElement, Unit(','))), element) << n;
         if constexpr (std::is_same_v<TypeParam, Kelm>) {
             const String wanted = this->Below(4) == 0 ? "zz" : element.c_str();

@@ -14,24 +14,6 @@ template <class TypeParam>
 class Replacing : public ::testing::Test {};
 TYPED_TEST_SUITE(Replacing, Twins);
 
-template <class TypeParam>
-Open<TypeParam> from(const typename Twin<TypeParam>::String& text) {
-    Open<TypeParam> result;
-    const int nLength = static_cast<int>(text.size());
-    std::copy(text.begin(), text.end(), result.GetBufferSetLength(nLength));
-    return result;
-}
-
-template <class String>
-int replace_all(String& text, const String& from, const String& to) {
-    int nHits = 0;
-    for (auto at = text.find(from); at != String::npos; at = text.find(from, at + to.size())) {
-        text.replace(at, from.size(), to);
-        ++nHits;
-    }
-    return nHits;
-}
-
 template <class String>
 String upper(String text) {
     const auto end = std::find(text.begin(), text.end(), 0);

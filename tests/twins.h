@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -65,4 +66,13 @@ inline std::string whole(const Kelm& text) {
 
 inline std::u16string whole(const WString& text) {
     return {text.constBuffer(), static_cast<std::size_t>(text.GetLength())};
+}
+
+/// The whole text in a block with room for at least so many units.
+template <class Text>
+Open<Text> from(const typename Twin<Text>::String& text, std::size_t nRoom = 0) {
+    Open<Text> result;
+    result.GetBuffer(static_cast<int>(std::max(nRoom, text.size())));
+    std::copy(text.begin(), text.end(), result.GetBufferSetLength(static_cast<int>(text.size())));
+    return result;
 }
