@@ -85,6 +85,10 @@ TEST(WideText, IsComparedAtEveryAlignment) {
             }
         }
     }
+    EXPECT_EQ(platform::wcsncmp(u"I64d", u"I64u", 3), 0);
+    EXPECT_LT(platform::wcsncmp(u"I6", u"I64", 3), 0);
+    EXPECT_GT(platform::wcsncmp(u"\u8000", u"a", 1), 0);
+    EXPECT_EQ(platform::wcsncmp(u"a", u"a", 9), 0);
 }
 
 TEST(WideText, IsComparedWithoutCaseByTheLocale) {
