@@ -24,6 +24,7 @@ const Reading kReadings[] = {
     {"0x1A", 26, 0, true},
     {"0f", 15, 0, true},
     {"-ff", -255, 0, false},
+    {"-10", -10, -10, true},
     {"1e2", 1, 100, true},
     {"ffffffff", INT_MAX, 0, false},
     {"99999999999", INT_MAX, 99999999999.0, true},
