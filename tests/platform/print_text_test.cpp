@@ -21,11 +21,19 @@ std::u16string decoded(const std::string& text) {
     return units;
 }
 
+std::string encoded(const std::u16string& text) {
+    std::string bytes(4 * text.size(), '\0');
+    bytes.resize(static_cast<std::size_t>(
+        platform::WideCharToMultiByte(0, text.data(), static_cast<int>(text.size()), bytes.data(),
+                                      static_cast<int>(bytes.size()))));
+    return bytes;
+}
+
 // The print converts piece by piece; nobody may see where the pieces end.
 TEST(PrintText, ConvertsAsTheWholeIsConverted) {
-    const std::string pieces[] = {
-        "a",        "\xC9\xA1",         "\xB0\xA1", "\xE3\x81\x82",     "\xF0\x9F",
-        "\x81\x30", "\x81\x30\x81\x30", "\x8E\xA2", "\x8E\xA2\xA1\xA1", "\xFF"};
+    const std::string pieces[] = {"a",        "\xC9\xA1",         "\xB0\xA1", "\xE3\x81\x82",
+                                  "\xF0\x9F", "\xF0\x9F\x98\x80", "\x81\x30", "\x81\x30\x81\x30",
+                                  "\x8E\xA2", "\x8E\xA2\xA1\xA1", "\xFF"};
     for (const char* name : kLocales) {
         const LocaleScope locale(name);
         for (unsigned seed = 0; seed < 400; ++seed) {
@@ -35,7 +43,11 @@ TEST(PrintText, ConvertsAsTheWholeIsConverted) {
                 text += seed < 10 && text.size() < 10 ? "\xC9" : "";
             }
             const std::u16string expected = decoded(text);
-            ASSERT_EQ(call(u"%S", text.c_str()).text, expected) << name << seed;
+            ASSERT_EQ(
+                call(u"%800S", text.c_str()).text,
+                std::u16string(800 - std::min<std::size_t>(expected.size(), 800), u' ') + expected)
+                << name << seed;
+            ASSERT_EQ(call("%S", expected.c_str()).text, encoded(expected)) << name << seed;
             const int precision = static_cast<int>(seed);
             const bool isSplit = precision > 0 && (expected[seed - 1] & 0xFC00) == 0xD800;
             ASSERT_EQ(call(u"%.*S", precision, text.c_str()).text,
