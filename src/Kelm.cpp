@@ -873,21 +873,27 @@ int Kelm::ReplaceByLonger(int nOld, const char* pchOld, int nNew, const char* pc
     const CodePage& page = *platform::process_code_page();
     KelmData* pData = GetData();
     const int nLength = pData->nDataLength;
+    const char* pchText = m_pchData;
+    const char* pchHit =
+        platform::_mbsstr(page, pchText, pchText + nLength, pchOld, static_cast<std::size_t>(nOld));
+    if (pchHit == nullptr) {
+        return 0;
+    }
     const auto search = [&](const char* pchFirst, const char* pchLast) {
         return platform::TextHits(page, pchFirst, pchLast, pchOld, static_cast<std::size_t>(nOld));
     };
-    growth::InPlace growth(m_pchData, nLength, search);
-    const int nHits = growth.Count();
-    if (nHits == 0) {
-        return 0;
-    }
-    const char* pchText = m_pchData;
+    growth::Replacement growth(m_pchData, nLength, search);
+    const int nHits = growth.Count(pchHit);
     const int nNewLength = checked_length(nLength + (static_cast<long long>(nNew) - nOld) * nHits);
     const int nGrowth = nNewLength - nLength;
     if (refs(pData) > 1 || pData->nAllocLength < nNewLength) {
         AllocBuffer(nNewLength);
-        Merge(search(pchText, pchText + nLength), pchText, pchText + nLength, nOld, nNew, pchNew,
-              nHits);
+        if (nHits <= growth::kNoted) {
+            growth.CopyTo(m_pchData, nHits, nOld, pchNew, nNew);
+        } else {
+            Merge(search(pchText, pchText + nLength), pchText, pchText + nLength, nOld, nNew,
+                  pchNew, nHits);
+        }
         Release(pData);
     } else if (nHits <= growth::kMost) {
         growth.Replace(nHits, nOld, pchNew, nNew);

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstring>
 
-/// Replacing in place by a longer text, for both classes.
+/// Replacing by a longer text, for both classes.
 namespace growth {
 
 /// Hits of which the places are noted at a time, how often that can be done, and the product.
@@ -11,17 +11,17 @@ inline constexpr int kNoted = 256;
 inline constexpr int kRounds = 512;
 inline constexpr int kMost = kNoted * kRounds;
 
-/// Works from the last hit to the first, so that each unit is moved once. `search(first, last)`
-/// looks for the hits in a range; all places are indexes into the text.
+/// In place it works from the last hit to the first, so that each unit is moved once.
+/// `search(first, last)` looks for the hits in a range; all places are indexes into the text.
 template <class Unit, class Search>
-class InPlace {
+class Replacement {
 public:
-    InPlace(Unit* text, int length, Search search)
+    Replacement(Unit* text, int length, Search search)
         : text_(text), length_(length), search_(search) {}
 
-    /// The number of hits, at most `kMost` of which can be replaced.
-    int Count() {
-        auto hits = search_(text_, text_ + length_);
+    /// The number of hits, of which `first` is the first.
+    int Count(const Unit* first) {
+        auto hits = search_(first, text_ + length_);
         int count = 0;
         while (const Unit* hit = hits.Next()) {
             const int place = static_cast<int>(hit - text_);
@@ -34,8 +34,8 @@ public:
         return count;
     }
 
-    /// Puts the `newSize` units at `newText` in the place of each of the `count` hits of `oldSize`
-    /// units. The block has the room.
+    /// Puts the `newSize` units at `newText` in the place of each of the `count` hits, at most
+    /// `kMost`, of `oldSize` units. The block has the room.
     void Replace(int count, int oldSize, const Unit* newText, int newSize) {
         int write = length_ + count * (newSize - oldSize);
         int end = length_;
@@ -53,6 +53,21 @@ public:
                 end = places_[i];
             }
         }
+    }
+
+    /// The same for up to `kNoted` hits, in a copy.
+    void CopyTo(Unit* dest, int count, int oldSize, const Unit* newText, int newSize) const {
+        const auto put = [&dest](const Unit* units, int size) {
+            std::memcpy(dest, units, Bytes(size));
+            dest += size;
+        };
+        int read = 0;
+        for (int i = 0; i < count; ++i) {
+            put(text_ + read, places_[i] - read);
+            put(newText, newSize);
+            read = places_[i] + oldSize;
+        }
+        put(text_ + read, length_ - read);
     }
 
 private:
