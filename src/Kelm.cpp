@@ -106,6 +106,7 @@ struct JoiningRemoval {
     const char* pchUpper;
     std::size_t nUpper;
     bool bFold;
+    std::size_t nBoundary = 0;
 
     const char* Search(const char* first, const char* last) const {
         return bFold ? platform::find_folded(page, first, last, pchUpper, nUpper)
@@ -121,17 +122,29 @@ struct JoiningRemoval {
         return nWrite + nSize;
     }
 
+    /// The character at `pch`, walked to from the last one asked for, unless a removal has gone
+    /// back behind that. In UTF-8 a look at the neighbours is enough.
+    const char* StartOf(const char* pch, const char* pchLast) {
+        if (pchKey + nBoundary > pch) {
+            nBoundary = 0;
+        }
+        const char* pchStart = platform::character_start(page, pchKey + nBoundary, pch, pchLast);
+        if (page.grouping != Grouping::Utf8) {
+            nBoundary = static_cast<std::size_t>(pchStart - pchKey);
+        }
+        return pchStart;
+    }
+
     /// What is done lies in front of nWrite, what is to do from nRead on. A hit that a removal has
     /// formed spans both and is shorter than the text on either side of the gap that it needs.
-    bool FindAcross(std::size_t& nWrite, std::size_t& nRead, std::size_t nEnd) const {
+    bool FindAcross(std::size_t& nWrite, std::size_t& nRead, std::size_t nEnd) {
         const std::size_t nHead = std::min(nUpper - 1, nEnd - nRead);
         const std::size_t nTail = std::min(nUpper - 1, nWrite);
         if (nHead + nTail < nUpper) {
             return false;
         }
         const std::size_t nJoined = Move(nWrite, nRead, nHead);
-        const char* first =
-            platform::character_start(page, pchKey, pchKey + nWrite - nTail, pchKey + nJoined);
+        const char* first = StartOf(pchKey + nWrite - nTail, pchKey + nJoined);
         const char* hit = Search(first, pchKey + nJoined);
         if (hit == nullptr) {
             return false;

@@ -1,6 +1,8 @@
 #include <cerrno>
 #include <climits>
+#include <cstdarg>
 #include <string>
+#include <utility>
 
 #include "twins.h"
 
@@ -54,6 +56,24 @@ TYPED_TEST(Formatting, NeverCutsWhereTheEstimateIsShort) {
     EXPECT_EQ(text.GetLength(), 41);
     text.Format(T_("%.150e"), 1e-300);
     EXPECT_EQ(text.GetLength(), 157);
+}
+
+template <class Text, class Unit>
+std::pair<int, int> measured(Unit* dest, const Unit* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    const int nAllowance = Open<Text>::GetFormattedLength(format, arguments);
+    const int nLength = Open<Text>::VFormat(dest, format, arguments);
+    va_end(arguments);
+    return {nAllowance, nLength};
+}
+
+TYPED_TEST(Formatting, MeasuresAndPrintsByItself) {
+    typename Twin<TypeParam>::Unit place[8];
+    EXPECT_EQ(measured<TypeParam>(place, T_("<%d>"), 42),
+              std::make_pair(32 + Open<TypeParam>::FromFormat(T_("<>")).GetAllocLength(), 4));
+    EXPECT_EQ(typename Twin<TypeParam>::String(place), T_("<42>"));
+    EXPECT_EQ(Open<TypeParam>::FromFormat(T_("%5000d"), 7).GetLength(), 5000);
 }
 
 TEST(Format, OfASystemError) {

@@ -176,6 +176,13 @@ TEST(BlindReplacing, LongTextsInLinearTime) {
     EXPECT_TRUE(joining.IsEmpty());
     WString wide = WString::FromRepeat(u'a', nLength) + WString::FromRepeat(u'B', nLength);
     EXPECT_EQ(wide.NCRemove(u"ab"), nLength);
+    for (const char* name : {"zh_CN.GB18030", "zh_CN.GBK"}) {
+        const LocaleScope locale(name);
+        Kelm usual;
+        usual.Repeat("\xB0\xA1\xB0\xA1xB", 10 * nLength);
+        EXPECT_EQ(usual.NCRemove("Xb"), 10 * nLength);
+        EXPECT_EQ(usual.GetLength(), 40 * nLength);
+    }
 }
 
 TEST(DoubleByte, HitsStandOnCharacters) {
@@ -185,6 +192,8 @@ TEST(DoubleByte, HitsStandOnCharacters) {
     EXPECT_TRUE(text.Find('A') == 2 && text.ReverseFind('A') == 5 && text.Find("\203A") == 0);
     EXPECT_TRUE(text.Count('A') == 3 && text.Count("A") == 2 && text.FindOneOf("A") == 2);
     EXPECT_EQ(text.ReverseFind('\203'), -1);
+    EXPECT_TRUE(text.NCFind('\203') == -1 && text.NCFind('\0') == 6);
+    EXPECT_TRUE(text.NCRemove('\261') == 0 && Kelm("a\261\261").NCRemove('\261') == 2);
     EXPECT_EQ(text.Replace('A', 'x'), 2);
     EXPECT_STREQ(text, "\203Ax\203\203x");
     EXPECT_EQ(text.Replace("\203A", "--"), 1);
