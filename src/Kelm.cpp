@@ -8,19 +8,19 @@
 
 #include "assertion.h"
 #include "blocks.h"
-#include "code_pages.h"
-#include "conversion.h"
 #include "fields.h"
 #include "growth.h"
-#include "multibyte.h"
-#include "multibyte_case.h"
+#include "multibyte/case.h"
+#include "multibyte/multibyte.h"
+#include "multibyte/single_bytes.h"
 #include "numbers.h"
-#include "print.h"
-#include "scan.h"
+#include "pages/code_pages.h"
+#include "pages/conversion.h"
+#include "print/print.h"
+#include "search/scan.h"
+#include "search/text_search.h"
 #include "similarity.h"
-#include "single_bytes.h"
 #include "system_errors.h"
-#include "text_search.h"
 
 using blocks::checked_length;
 using blocks::refs;

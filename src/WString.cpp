@@ -4,13 +4,13 @@
 #include "Kelm.h"
 #include "assertion.h"
 #include "blocks.h"
-#include "conversion.h"
 #include "fields.h"
 #include "growth.h"
 #include "numbers.h"
-#include "print.h"
-#include "scan.h"
-#include "wide_text.h"
+#include "pages/conversion.h"
+#include "print/print.h"
+#include "search/scan.h"
+#include "wide/wide.h"
 
 using blocks::checked_length;
 using blocks::refs;

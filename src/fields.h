@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scan.h"
+#include "search/scan.h"
 
 /// Delimited text as ranges, for both classes.
 namespace fields {

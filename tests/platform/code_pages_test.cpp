@@ -1,4 +1,4 @@
-#include "code_pages.h"
+#include "pages/code_pages.h"
 
 #include <iconv.h>
 #include <locale.h>

@@ -1,4 +1,4 @@
-#include "conversion.h"
+#include "pages/conversion.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -13,8 +13,8 @@
 #include <string_view>
 #include <vector>
 
-#include "code_pages.h"
 #include "locales.h"
+#include "pages/code_pages.h"
 #include "texts.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "multibyte_case.h"
+#include "multibyte/case.h"
 
 #include <algorithm>
 #include <cwchar>
@@ -9,7 +9,7 @@
 
 #include "alphabets.h"
 #include "locales.h"
-#include "multibyte.h"
+#include "multibyte/multibyte.h"
 #include "texts.h"
 
 namespace {

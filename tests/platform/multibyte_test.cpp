@@ -1,4 +1,4 @@
-#include "multibyte.h"
+#include "multibyte/multibyte.h"
 
 #include <algorithm>
 #include <cctype>
@@ -11,7 +11,7 @@
 
 #include "alphabets.h"
 #include "locales.h"
-#include "single_bytes.h"
+#include "multibyte/single_bytes.h"
 #include "texts.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "print.h"
+#include "print/print.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <memory>
 
-#include "conversion.h"
 #include "locales.h"
+#include "pages/conversion.h"
 #include "printing.h"
 
 namespace {

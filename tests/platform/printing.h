@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <string>
 
-#include "print.h"
+#include "print/print.h"
 
 /// The print and its estimate called as the classes call them.
 namespace printing {

@@ -1,4 +1,4 @@
-#include "scan.h"
+#include "search/scan.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "text_search.h"
+#include "search/text_search.h"
 #include "texts.h"
 
 namespace {

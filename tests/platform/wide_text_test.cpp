@@ -1,4 +1,4 @@
-#include "wide_text.h"
+#include "wide/wide.h"
 
 #include <gtest/gtest.h>
 #include <wctype.h>
@@ -12,8 +12,8 @@
 
 #include "guarded.h"
 #include "locales.h"
+#include "search/two_way.h"
 #include "texts.h"
-#include "two_way.h"
 
 namespace {
 

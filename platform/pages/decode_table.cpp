@@ -1,0 +1,389 @@
+#include "pages/decode_table.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "lanes/ascii_runs.h"
+#include "pages/converter.h"
+#include "pages/gb18030.h"
+#include "pages/utf16_walk.h"
+
+namespace platform {
+namespace {
+
+struct Release {
+    void operator()(DecodeTable* table) const {
+        std::free(table->rows);
+        std::free(table->fours);
+        std::free(table);
+    }
+};
+using OwnedTable = std::unique_ptr<DecodeTable, Release>;
+
+enum class Outcome { Good, Irregular, NoMemory };
+
+/// Fills a table by asking the converter for every sequence on its own.
+class Builder {
+public:
+    Builder(const CodePage& page, Converter& converter, DecodeTable& table)
+        : page_(page), converter_(converter), table_(table) {}
+
+    Outcome Build() {
+        std::size_t root = 0;
+        Outcome outcome = AddRow(root);
+        if (outcome == Outcome::Good) {
+            outcome = FillRow(root, 0);
+        }
+        if (outcome == Outcome::Good && page_.number == gb18030::kNumber) {
+            outcome = AddFours();
+        }
+        if (outcome == Outcome::Good) {
+            outcome = AddBadLeads();
+        }
+        if (outcome == Outcome::Good) {
+            Describe();
+        }
+        return outcome;
+    }
+
+private:
+    using Answer = Converted<wchar_t, 4>;
+    static constexpr std::size_t kMaxSequence = 4;
+
+    Answer Ask(std::size_t length) { return convert_alone<4, wchar_t>(converter_, bytes_, length); }
+
+    Outcome AddRow(std::size_t& row) {
+        if (rowCount_ == DecodeTable::kMaxRows) {
+            return Outcome::Irregular;
+        }
+        void* rows = std::realloc(table_.rows, (rowCount_ + 1) * sizeof(DecodeTable::Row));
+        if (rows == nullptr) {
+            return Outcome::NoMemory;
+        }
+        table_.rows = static_cast<DecodeTable::Row*>(rows);
+        row = rowCount_++;
+        for (char16_t& entry : table_.rows[row]) {
+            entry = DecodeTable::kUndefined;
+        }
+        return Outcome::Good;
+    }
+
+    /// The row for the byte behind a prefix of `depth` bytes.
+    Outcome FillRow(std::size_t row, std::size_t depth) {
+        for (unsigned int byte = 0; byte < 256; ++byte) {
+            bytes_[depth] = static_cast<char>(byte);
+            char16_t entry = DecodeTable::kUndefined;
+            const Outcome outcome = FindEntry(depth + 1, entry);
+            if (outcome != Outcome::Good) {
+                return outcome;
+            }
+            table_.rows[row][byte] = entry;
+        }
+        return Outcome::Good;
+    }
+
+    Outcome FindEntry(std::size_t length, char16_t& entry) {
+        const Answer answer = Ask(length);
+        if (answer.error == EINVAL) {
+            return Descend(length, entry);
+        }
+        if (answer.error != 0) {
+            return Outcome::Good;
+        }
+        const auto code = static_cast<char32_t>(answer.units[0]);
+        if (answer.count != 1 || is_surrogate(code)) {
+            return Outcome::Irregular;
+        }
+        return code < 0x10000 ? (entry = static_cast<char16_t>(code), Outcome::Good)
+                              : AddAstral(code, entry);
+    }
+
+    Outcome Descend(std::size_t length, char16_t& entry) {
+        if (length == 2 && page_.number == gb18030::kNumber) {
+            entry = DecodeTable::kFour;
+            return Outcome::Good;
+        }
+        if (length + 1 == kMaxSequence) {
+            return Outcome::Irregular;
+        }
+        std::size_t row = 0;
+        const Outcome outcome = AddRow(row);
+        if (outcome != Outcome::Good) {
+            return outcome;
+        }
+        entry = static_cast<char16_t>(DecodeTable::kNextRow + row);
+        return FillRow(row, length);
+    }
+
+    Outcome AddAstral(char32_t code, char16_t& entry) {
+        if (table_.astralCount == DecodeTable::kMaxAstral) {
+            return Outcome::Irregular;
+        }
+        entry = static_cast<char16_t>(DecodeTable::kAstral + table_.astralCount);
+        table_.astral[table_.astralCount++] = code;
+        return Outcome::Good;
+    }
+
+    Outcome AddFours() {
+        table_.fours = static_cast<char16_t*>(std::calloc(gb18030::kBmpCount, sizeof(char16_t)));
+        if (table_.fours == nullptr) {
+            return Outcome::NoMemory;
+        }
+        for (std::size_t i = 0; i < gb18030::kBmpCount; ++i) {
+            const gb18030::Four four = gb18030::four_at(i);
+            std::memcpy(bytes_, four.bytes, sizeof four.bytes);
+            const Answer answer = Ask(sizeof four.bytes);
+            if (answer.error == 0 && answer.count == 1 && answer.units[0] < 0x10000) {
+                table_.fours[i] = static_cast<char16_t>(answer.units[0]);
+            }
+        }
+        return Outcome::Good;
+    }
+
+    /// A lead byte takes the next byte even where the page has no characters for it.
+    Outcome AddBadLeads() {
+        if (page_.leadBytes == nullptr) {
+            return Outcome::Good;
+        }
+        std::size_t row = 0;
+        const Outcome outcome = AddRow(row);
+        for (std::size_t byte = 0; byte < 256 && outcome == Outcome::Good; ++byte) {
+            char16_t& entry = table_.rows[0][byte];
+            if (page_.leadBytes[byte] && entry == DecodeTable::kUndefined) {
+                entry = static_cast<char16_t>(DecodeTable::kNextRow + row);
+            }
+        }
+        return outcome;
+    }
+
+    void Describe() {
+        const char16_t* root = table_.rows[0];
+        table_.isAscii = true;
+        table_.isSingle = true;
+        for (std::size_t byte = 0; byte < 256; ++byte) {
+            table_.isAscii &= byte >= 0x80 || root[byte] == byte;
+            table_.isSingle &= !is_surrogate(root[byte]);
+        }
+    }
+
+    const CodePage& page_;
+    Converter& converter_;
+    DecodeTable& table_;
+    std::size_t rowCount_ = 0;
+    char bytes_[kMaxSequence] = {};
+};
+
+OwnedTable build(const CodePage& page) {
+    const ErrnoKeeper keeper;
+    if (page.converter == nullptr) {
+        return nullptr;
+    }
+    Converter converter(kCodePoints, page.converter);
+    OwnedTable table(static_cast<DecodeTable*>(std::calloc(1, sizeof(DecodeTable))));
+    if (!converter.IsOpen() || table == nullptr) {
+        return nullptr;
+    }
+    switch (Builder(page, converter, *table).Build()) {
+        case Outcome::NoMemory:
+            return nullptr;
+        case Outcome::Irregular:
+            table->isStreamed = true;
+            break;
+        case Outcome::Good:
+            break;
+    }
+    return table;
+}
+
+struct Step {
+    char32_t code;
+    std::size_t bytes;
+};
+
+Step read_four(const DecodeTable& table, const char* p, const char* last) {
+    gb18030::Four four{};
+    constexpr Step kBadLead = {DecodeTable::kUndefined, 1};
+    if (last - p < static_cast<std::ptrdiff_t>(sizeof four.bytes)) {
+        return kBadLead;
+    }
+    std::memcpy(four.bytes, p, sizeof four.bytes);
+    if (!gb18030::is_four(four)) {
+        return kBadLead;
+    }
+    const std::size_t index = gb18030::index_of(four);
+    if (index < gb18030::kBmpCount) {
+        return table.fours[index] != 0 ? Step{table.fours[index], sizeof four.bytes} : kBadLead;
+    }
+    const std::size_t code = 0x10000 + index - gb18030::kAstralStart;
+    const bool isCode = index >= gb18030::kAstralStart && code <= 0x10FFFF;
+    return isCode ? Step{static_cast<char32_t>(code), sizeof four.bytes} : kBadLead;
+}
+
+/// The character behind a lead byte whose entry is `entry`. What is undefined takes no ASCII byte
+/// along.
+Step read_any_sequence(const DecodeTable& table, const char* p, const char* last, char16_t entry) {
+    const auto available = static_cast<std::size_t>(last - p);
+    for (std::size_t i = 1; i < available; ++i) {
+        entry = table.rows[entry - DecodeTable::kNextRow][static_cast<unsigned char>(p[i])];
+        if (entry == DecodeTable::kUndefined) {
+            return {entry, is_ascii(p[i]) ? i : i + 1};
+        }
+        if (!is_surrogate(entry)) {
+            return {entry, i + 1};
+        }
+        if (entry == DecodeTable::kFour) {
+            return read_four(table, p, last);
+        }
+        if (entry >= DecodeTable::kAstral) {
+            return {table.astral[entry - DecodeTable::kAstral], i + 1};
+        }
+    }
+    return {DecodeTable::kUndefined, available};
+}
+
+void decode_single(const DecodeTable& table, const char* source, std::size_t length,
+                   char16_t* destination) {
+    const char16_t* root = table.rows[0];
+    std::size_t i = 0;
+    for (; i + kAsciiStep <= length; i += kAsciiStep) {
+        if (table.isAscii && is_ascii_step(source + i)) {
+            widen_step(source + i, destination + i);
+            continue;
+        }
+        for (std::size_t k = i; k < i + kAsciiStep; ++k) {
+            destination[k] = root[static_cast<unsigned char>(source[k])];
+        }
+    }
+    for (; i < length; ++i) {
+        destination[i] = root[static_cast<unsigned char>(source[i])];
+    }
+}
+
+constexpr std::ptrdiff_t kEight = 8;
+
+/// ASCII from `p` on, where there may be much of it: cheap to ask where there is not.
+std::size_t ascii_from(const char* p, const char* last) {
+    const std::size_t count = ascii_of_eight(p);
+    return count < kEight ? count : ascii_run(p, static_cast<std::size_t>(last - p));
+}
+
+/// The same, quick for a character of two bytes. The branches foretell where the next one begins;
+/// arithmetic on what was read would have to wait for it.
+inline Step read_sequence(const DecodeTable& table, const char* p, const char* last,
+                          char16_t entry) {
+    if (last - p >= 2) {
+        const auto trail = static_cast<unsigned char>(p[1]);
+        const char16_t unit = table.rows[entry - DecodeTable::kNextRow][trail];
+        if (!is_surrogate(unit) && unit != DecodeTable::kUndefined) {
+            return {unit, 2};
+        }
+    }
+    return read_any_sequence(table, p, last, entry);
+}
+
+}  // namespace
+
+const DecodeTable* decode_table(const CodePage& page) noexcept {
+    std::atomic<const DecodeTable*>& slot = page.tables->decode;
+    const DecodeTable* known = slot.load(std::memory_order_acquire);
+    if (known != nullptr) {
+        return known;
+    }
+    OwnedTable table = build(page);
+    if (table == nullptr) {
+        return nullptr;
+    }
+    if (slot.compare_exchange_strong(known, table.get(), std::memory_order_acq_rel,
+                                     std::memory_order_acquire)) {
+        return table.release();
+    }
+    return known;
+}
+
+std::size_t table_decoded_size(const DecodeTable& table, const char* source,
+                               std::size_t length) noexcept {
+    if (table.isSingle) {
+        return length;
+    }
+    const char* const last = source + length;
+    std::size_t units = 0;
+    for (const char* p = source; p != last;) {
+        const char16_t entry = table.rows[0][static_cast<unsigned char>(*p)];
+        if (table.isAscii && is_ascii(*p) && last - p >= kEight) {
+            const std::size_t ascii = ascii_from(p, last);
+            units += ascii;
+            p += ascii;
+        } else if (!is_surrogate(entry)) {
+            ++units;
+            ++p;
+        } else {
+            const Step step = read_sequence(table, p, last, entry);
+            units += utf16_units(step.code);
+            p += step.bytes;
+        }
+    }
+    return units;
+}
+
+void table_decode(const DecodeTable& table, const char* source, std::size_t length,
+                  char16_t* destination, std::size_t size) noexcept {
+    if (table.isSingle) {
+        decode_single(table, source, length, destination);
+        return;
+    }
+    const char* const last = source + length;
+    const char16_t* const limit = destination + size;
+    char16_t* out = destination;
+    for (const char* p = source; p != last;) {
+        const char16_t entry = table.rows[0][static_cast<unsigned char>(*p)];
+        if (table.isAscii && is_ascii(*p) && last - p >= kEight && limit - out >= kEight) {
+            const std::size_t ascii = ascii_from(p, last);
+            ascii < kEight ? widen_eight(p, out) : widen(p, ascii, out);
+            out += ascii;
+            p += ascii;
+            continue;
+        }
+        if (!is_surrogate(entry)) {
+            *out++ = entry;
+            ++p;
+            continue;
+        }
+        const Step step = read_sequence(table, p, last, entry);
+        out = put_utf16(step.code, out);
+        p += step.bytes;
+    }
+}
+
+std::size_t table_last_sequence(const DecodeTable& table, const char* source,
+                                std::size_t length) noexcept {
+    constexpr std::ptrdiff_t kLongest = 4;
+    const char* const last = source + length;
+    const char* p = source;
+    while (last - p > kLongest) {
+        const char16_t entry = table.rows[0][static_cast<unsigned char>(*p)];
+        p += is_surrogate(entry) ? read_sequence(table, p, last, entry).bytes : 1;
+    }
+    return static_cast<std::size_t>(p - source);
+}
+
+std::size_t table_first_sequence(const DecodeTable& table, const char* text) noexcept {
+    const char16_t root = table.rows[0][static_cast<unsigned char>(*text)];
+    if (!is_surrogate(root)) {
+        return 1;
+    }
+    char16_t entry = root;
+    std::size_t count = 1;
+    while (entry < DecodeTable::kAstral && is_surrogate(entry) && text[count] != '\0') {
+        entry = table.rows[entry - DecodeTable::kNextRow][static_cast<unsigned char>(text[count])];
+        ++count;
+    }
+    if (entry == DecodeTable::kFour) {
+        // The fourth byte only where the third does not rule it out.
+        count += text[2] != '\0' ? 1 : 0;
+        count += count == 3 && !is_ascii(text[2]) && text[3] != '\0' ? 1 : 0;
+    }
+    return read_sequence(table, text, text + count, root).bytes;
+}
+
+}  // namespace platform

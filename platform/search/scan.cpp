@@ -1,0 +1,195 @@
+#include "search/scan.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "lanes/compaction.h"
+#include "lanes/vectors.h"
+
+namespace platform {
+namespace {
+
+// Steps of four vectors after which a byte lane that loses up to four a step is still not full.
+constexpr std::ptrdiff_t kStepsPerSum = 255 / 4;
+
+template <class Unit>
+const Unit* find_by_lanes(const Unit* first, const Unit* last, Unit unit) {
+    constexpr std::ptrdiff_t kLanes = Lanes<Unit>::kCount;
+    const auto wanted = splat_lanes(unit);
+    const Unit* p = first;
+    for (; last - p >= 4 * kLanes; p += 4 * kLanes) {
+        const auto any =
+            (lanes_equal(p, wanted) | lanes_equal(p + kLanes, wanted)) |
+            (lanes_equal(p + 2 * kLanes, wanted) | lanes_equal(p + 3 * kLanes, wanted));
+        if (has_hit(any)) {
+            break;
+        }
+    }
+    for (; last - p >= kLanes; p += kLanes) {
+        if (const std::uint64_t hits = hit_bits(lanes_equal(p, wanted))) {
+            return p + first_hit<Unit>(hits);
+        }
+    }
+    if (p != last && last - first >= kLanes) {
+        const std::uint64_t hits = hit_bits(lanes_equal(last - kLanes, wanted));
+        return hits != 0 ? last - kLanes + first_hit<Unit>(hits) : last;
+    }
+    while (p != last && *p != unit) {
+        ++p;
+    }
+    return p;
+}
+
+template <class Unit>
+const Unit* find_last_by_lanes(const Unit* first, const Unit* last, Unit unit) {
+    constexpr std::ptrdiff_t kLanes = Lanes<Unit>::kCount;
+    const auto wanted = splat_lanes(unit);
+    const Unit* p = last;
+    for (; p - first >= 4 * kLanes; p -= 4 * kLanes) {
+        const auto any =
+            (lanes_equal(p - kLanes, wanted) | lanes_equal(p - 2 * kLanes, wanted)) |
+            (lanes_equal(p - 3 * kLanes, wanted) | lanes_equal(p - 4 * kLanes, wanted));
+        if (has_hit(any)) {
+            break;
+        }
+    }
+    for (; p - first >= kLanes; p -= kLanes) {
+        if (const std::uint64_t hits = hit_bits(lanes_equal(p - kLanes, wanted))) {
+            return p - kLanes + last_hit<Unit>(hits);
+        }
+    }
+    if (p != first && last - first >= kLanes) {
+        const std::uint64_t hits = hit_bits(lanes_equal(first, wanted));
+        return hits != 0 ? first + last_hit<Unit>(hits) : nullptr;
+    }
+    while (p != first) {
+        if (*--p == unit) {
+            return p;
+        }
+    }
+    return nullptr;
+}
+
+template <class Vector>
+std::size_t lane_sum(Vector lanes) {
+    std::size_t sum = 0;
+    for (std::size_t i = 0; i < sizeof lanes / sizeof lanes[0]; ++i) {
+        sum += lanes[i];
+    }
+    return sum;
+}
+
+}  // namespace
+
+template <class Unit>
+const Unit* find_unit(const Unit* first, const Unit* last, Unit unit) noexcept {
+    if constexpr (sizeof(Unit) > 1) {
+        return find_by_lanes(first, last, unit);
+    } else if (first == last) {
+        return last;
+    } else {
+        const void* hit = std::memchr(first, unit, static_cast<std::size_t>(last - first));
+        return hit != nullptr ? static_cast<const Unit*>(hit) : last;
+    }
+}
+
+template <class Unit>
+const Unit* find_last_unit(const Unit* first, const Unit* last, Unit unit) noexcept {
+    if constexpr (sizeof(Unit) > 1) {
+        return find_last_by_lanes(first, last, unit);
+    } else if (first == last) {
+        return nullptr;
+    } else {
+        return static_cast<const Unit*>(
+            memrchr(first, unit, static_cast<std::size_t>(last - first)));
+    }
+}
+
+template <class Unit>
+std::size_t count_unit(const Unit* first, const Unit* last, Unit unit) noexcept {
+    constexpr std::ptrdiff_t kLanes = Lanes<Unit>::kCount;
+    const auto wanted = splat_lanes(unit);
+    std::size_t count = 0;
+    if (last - first < kLanes) {
+        for (const Unit* p = first; p != last; ++p) {
+            count += *p == unit;
+        }
+        return count;
+    }
+    const Unit* p = first;
+    while (last - p >= kLanes) {
+        // An equal lane reads as -1.
+        typename Lanes<Unit>::Vector sums{};
+        std::ptrdiff_t steps = kStepsPerSum;
+        for (; steps > 0 && last - p >= 4 * kLanes; --steps, p += 4 * kLanes) {
+            sums -= (lanes_equal(p, wanted) + lanes_equal(p + kLanes, wanted)) +
+                    (lanes_equal(p + 2 * kLanes, wanted) + lanes_equal(p + 3 * kLanes, wanted));
+        }
+        for (; steps > 0 && last - p >= kLanes; --steps, p += kLanes) {
+            sums -= lanes_equal(p, wanted);
+        }
+        count += lane_sum(sums);
+    }
+    // The last block reaches back over units that are counted.
+    const auto rest = lanes_from<Unit>(kLanes - (last - p));
+    return count + lane_sum(rest & -lanes_equal(last - kLanes, wanted));
+}
+
+template <class Unit>
+std::size_t replace_unit(Unit* first, Unit* last, Unit from, Unit to) noexcept {
+    constexpr std::ptrdiff_t kLanes = Lanes<Unit>::kCount;
+    const auto wanted = splat_lanes(from);
+    const auto change = splat_lanes(static_cast<Unit>(from ^ to));
+    const auto hits = [wanted](const Unit* p) { return lanes_equal(p, wanted); };
+    std::size_t count = 0;
+    Unit* p = first;
+    while (last - p >= 4 * kLanes) {
+        typename Lanes<Unit>::Vector sums{};
+        std::ptrdiff_t steps = kStepsPerSum;
+        for (; steps > 0 && last - p >= 4 * kLanes; --steps, p += 4 * kLanes) {
+            // Without a hit nothing is stored, which keeps cache lines clean.
+            if (!has_hit((hits(p) | hits(p + kLanes)) |
+                         (hits(p + 2 * kLanes) | hits(p + 3 * kLanes)))) {
+                continue;
+            }
+            for (Unit* q = p; q != p + 4 * kLanes; q += kLanes) {
+                const auto found = hits(q);
+                store_lanes(q, load_lanes<Unit>(q) ^ (found & change));
+                sums -= found;
+            }
+        }
+        count += lane_sum(sums);
+    }
+    for (; p != last; ++p) {
+        const bool isHit = *p == from;
+        *p = isHit ? to : *p;
+        count += isHit;
+    }
+    return count;
+}
+
+template <class Unit>
+Unit* remove_unit(Unit* first, Unit* last, Unit unit) noexcept {
+    const auto wanted = splat_lanes(unit);
+    Unit* hit = first + (find_unit<Unit>(first, last, unit) - first);
+    return drop_hits(
+        hit, last,
+        [wanted](const Unit* p) {
+            return hit_bits(lanes_equal(p, wanted)) |
+                   hit_bits(lanes_equal(p + Lanes<Unit>::kCount, wanted)) << 16;
+        },
+        [unit](Unit value) { return value == unit; });
+}
+
+template const char* find_unit(const char*, const char*, char) noexcept;
+template const char16_t* find_unit(const char16_t*, const char16_t*, char16_t) noexcept;
+template const char* find_last_unit(const char*, const char*, char) noexcept;
+template const char16_t* find_last_unit(const char16_t*, const char16_t*, char16_t) noexcept;
+template std::size_t count_unit(const char*, const char*, char) noexcept;
+template std::size_t count_unit(const char16_t*, const char16_t*, char16_t) noexcept;
+template std::size_t replace_unit(char*, char*, char, char) noexcept;
+template std::size_t replace_unit(char16_t*, char16_t*, char16_t, char16_t) noexcept;
+template char* remove_unit(char*, char*, char) noexcept;
+template char16_t* remove_unit(char16_t*, char16_t*, char16_t) noexcept;
+
+}  // namespace platform

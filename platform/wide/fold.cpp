@@ -1,0 +1,408 @@
+#include <ctype.h>
+#include <wctype.h>
+
+#include <algorithm>
+#include <optional>
+
+#include "lanes/compaction.h"
+#include "lanes/page_loads.h"
+#include "search/two_way.h"
+#include "wide/wide.h"
+
+namespace platform {
+namespace {
+
+using Units = Lanes<char16_t>::Vector;
+constexpr std::ptrdiff_t kLanes = Lanes<char16_t>::kCount;
+constexpr char16_t kFirstNonAscii = 0x80;
+constexpr char16_t kCaseBit = 0x20;
+constexpr char16_t kLetters = 26;
+
+// What the locale says of units, for a walk over many of them: the C library is slow to answer, so
+// a unit that comes again is not asked for again.
+template <class Answer>
+class Answers {
+public:
+    using Ask = Answer (*)(char16_t) noexcept;
+
+    explicit Answers(Ask ask) : ask_(ask) {
+        // No unit is filed under another's slot, so this slot starts out as unknown as the others.
+        unit_[0] = 1;
+    }
+
+    Answer operator()(char16_t unit) {
+        const std::size_t slot = unit % kSlots;
+        if (unit_[slot] != unit) {
+            unit_[slot] = unit;
+            answer_[slot] = ask_(unit);
+        }
+        return answer_[slot];
+    }
+
+private:
+    static constexpr std::size_t kSlots = 256;
+
+    Ask ask_;
+    char16_t unit_[kSlots] = {};
+    Answer answer_[kSlots];
+};
+
+using Folds = Answers<char16_t>;
+using Membership = Answers<bool>;
+
+Units letter_lanes(Units units, char16_t firstLetter) {
+    return reinterpret_cast<Units>(units - splat_lanes(firstLetter) < splat_lanes(kLetters));
+}
+
+// One direction of case, for a walk over many units.
+class Folder {
+public:
+    static Folder Upper() { return {towupper, *__ctype_toupper_loc(), u'a'}; }
+    static Folder Lower() { return {towlower, *__ctype_tolower_loc(), u'A'}; }
+
+    // Whether the letters of ASCII fold to each other, which is not so in Turkish. No locale may
+    // give a case to other characters of ASCII.
+    bool IsUsualForAscii() const { return isUsual_; }
+
+    char16_t operator()(char16_t unit) {
+        if (isUsual_ && unit < kFirstNonAscii) {
+            const bool isLetter = static_cast<char16_t>(unit - firstLetter_) < kLetters;
+            return static_cast<char16_t>(isLetter ? unit ^ kCaseBit : unit);
+        }
+        if (!answers_) {
+            answers_.emplace(fold_);
+        }
+        return (*answers_)(unit);
+    }
+
+    // Folds the letters of ASCII and nothing else.
+    Units Ascii(Units units) const {
+        return units ^ (letter_lanes(units, firstLetter_) & splat_lanes(kCaseBit));
+    }
+
+private:
+    Folder(Folds::Ask fold, const std::int32_t* bytes, char16_t firstLetter)
+        : fold_(fold), firstLetter_(firstLetter), isUsual_(true) {
+        for (std::int32_t letter = firstLetter; letter < firstLetter + kLetters; ++letter) {
+            isUsual_ &= bytes[letter] == (letter ^ kCaseBit);
+        }
+        // A thread that is older than the locale still has the table of bytes that it began with.
+        const auto i = static_cast<char16_t>(firstLetter + (u'i' - u'a'));
+        isUsual_ = isUsual_ && fold(i) == (i ^ kCaseBit);
+    }
+
+    Folds::Ask fold_;
+    char16_t firstLetter_;
+    bool isUsual_;
+    std::optional<Folds> answers_;
+};
+
+// Folds from the start on, as long as four vectors hold nothing but ASCII; gives where it stopped.
+char16_t* fold_ascii(char16_t* first, char16_t* last, const Folder& fold) {
+    for (; last - first >= 4 * kLanes; first += 4 * kLanes) {
+        Units vectors[4];
+        Units all{};
+        for (std::ptrdiff_t i = 0; i < 4; ++i) {
+            vectors[i] = load_lanes(first + i * kLanes);
+            all |= vectors[i];
+        }
+        if (has_hit(reinterpret_cast<Units>(all >= splat_lanes(kFirstNonAscii)))) {
+            break;
+        }
+        for (std::ptrdiff_t i = 0; i < 4; ++i) {
+            store_lanes(first + i * kLanes, fold.Ascii(vectors[i]));
+        }
+    }
+    return first;
+}
+
+void fold_units(char16_t* first, char16_t* last, Folder fold) {
+    if (fold.IsUsualForAscii()) {
+        first = fold_ascii(first, last, fold);
+        for (; last - first >= kLanes; first += kLanes) {
+            const Units units = load_lanes(first);
+            store_lanes(first, fold.Ascii(units));
+            const auto others = reinterpret_cast<Units>(units >= splat_lanes(kFirstNonAscii));
+            for (std::uint64_t hits = hit_bits(others); hits != 0;
+                 hits = without_first_hit<char16_t>(hits)) {
+                char16_t& unit = first[first_hit<char16_t>(hits)];
+                unit = fold(unit);
+            }
+        }
+    }
+    for (; first != last; ++first) {
+        *first = fold(*first);
+    }
+}
+
+// A class of units; what the locale hardly ever puts into it is one run of ASCII.
+struct Members {
+    Membership::Ask isMember;
+    char16_t firstOther;
+    char16_t lastOther;
+};
+
+constexpr Members kSpace{iswspace, u'!', u'~'};
+constexpr Members kPunctuation{iswpunct, u'a', u'z'};
+constexpr Members kControl{iswcntrl, u' ', u'~'};
+
+// So short that hardly a unit comes again.
+constexpr std::ptrdiff_t kShortText = 32;
+
+// Long enough that asking for all of ASCII in advance does not show.
+constexpr std::ptrdiff_t kLongText = 4096;
+
+// Drops the members of a long text.
+char16_t* remove_by_vectors(char16_t* first, char16_t* last, Members members, Membership& answers) {
+    bool isAsciiMember[kFirstNonAscii];
+    for (char16_t unit = 0; unit < kFirstNonAscii; ++unit) {
+        isAsciiMember[unit] = members.isMember(unit);
+    }
+    const auto isMember = [&](char16_t unit) -> bool {
+        return unit < kFirstNonAscii ? isAsciiMember[unit] : answers(unit);
+    };
+    if (std::any_of(isAsciiMember + members.firstOther, isAsciiMember + members.lastOther + 1,
+                    [](bool isHit) { return isHit; })) {
+        return keep_each<char16_t>(first, last, first, isMember);
+    }
+    const Units firstOther = splat_lanes(members.firstOther);
+    const Units span = splat_lanes(static_cast<char16_t>(members.lastOther - members.firstOther));
+    const auto candidates = [=](const char16_t* p) {
+        return hit_bits(reinterpret_cast<Units>(load_lanes(p) - firstOther > span));
+    };
+    const auto hitsOf = [&](const char16_t* p) {
+        std::uint64_t hits = 0;
+        std::uint64_t open = candidates(p) | candidates(p + kLanes) << 16;
+        for (; open != 0; open = without_first_hit<char16_t>(open)) {
+            const std::ptrdiff_t lane = first_hit<char16_t>(open);
+            hits |= std::uint64_t{isMember(p[lane]) ? 3U : 0U} << 2 * lane;
+        }
+        return hits;
+    };
+    return drop_hits(first, last, hitsOf, isMember);
+}
+
+char16_t* remove_members(char16_t* first, char16_t* last, Members members) {
+    if (last - first < kShortText) {
+        return keep_each<char16_t>(first, last, first, members.isMember);
+    }
+    Membership answers(members.isMember);
+    if (last - first >= kLongText) {
+        return remove_by_vectors(first, last, members, answers);
+    }
+    return keep_each<char16_t, Membership&>(first, last, first, answers);
+}
+
+// The lanes that may hold what folds to one unit: the unit, its lower-case partner, and everything
+// whose fold only the locale knows.
+class Anchor {
+public:
+    Anchor(char16_t upper, char16_t firstUnknown)
+        : upper_(splat_lanes(upper)),
+          lower_(splat_lanes(IsLetter(upper) ? static_cast<char16_t>(upper | kCaseBit) : upper)),
+          firstUnknown_(splat_lanes(firstUnknown)) {}
+
+    Units Candidates(const char16_t* p) const {
+        const Units units = load_lanes(p);
+        return reinterpret_cast<Units>(units == upper_) | reinterpret_cast<Units>(units == lower_) |
+               reinterpret_cast<Units>(units >= firstUnknown_);
+    }
+
+private:
+    static bool IsLetter(char16_t upper) { return upper >= u'A' && upper <= u'Z'; }
+
+    Units upper_;
+    Units lower_;
+    Units firstUnknown_;
+};
+
+class FoldedSearch {
+public:
+    FoldedSearch(const char16_t* first, const char16_t* last, const char16_t* upper,
+                 std::ptrdiff_t count)
+        : at_(first), last_(last), upper_(upper), count_(count), fold_(Folder::Upper()) {}
+
+    const char16_t* Run() {
+        const char16_t firstUnknown = fold_.IsUsualForAscii() ? kFirstNonAscii : u'\0';
+        const Anchor head(upper_[0], firstUnknown);
+        const Anchor tail(upper_[count_ - 1], firstUnknown);
+        for (; patience_ >= 0 && last_ - at_ >= count_ + kLanes - 1; at_ += kLanes) {
+            const Units candidates = head.Candidates(at_) & tail.Candidates(at_ + count_ - 1);
+            for (std::uint64_t bits = hit_bits(candidates); bits != 0;
+                 bits = without_first_hit<char16_t>(bits)) {
+                const std::ptrdiff_t lane = first_hit<char16_t>(bits);
+                if (IsMatch(at_ + lane)) {
+                    return at_ + lane;
+                }
+            }
+            patience_ += kLanes;
+        }
+        for (; patience_ >= 0 && last_ - at_ >= count_; ++at_) {
+            if (IsMatch(at_)) {
+                return at_;
+            }
+        }
+        return RunSteadily();
+    }
+
+private:
+    bool IsMatch(const char16_t* p) {
+        std::ptrdiff_t i = 0;
+        while (i < count_ && fold_(p[i]) == upper_[i]) {
+            ++i;
+        }
+        patience_ -= i;
+        return i == count_;
+    }
+
+    // Never looks at a unit more often than a few times, whatever the texts are.
+    const char16_t* RunSteadily() {
+        const auto length = static_cast<std::size_t>(last_ - at_);
+        const std::size_t found =
+            find_two_way(upper_, static_cast<std::size_t>(count_), length,
+                         [this](std::size_t position) { return fold_(at_[position]); });
+        return found != length ? at_ + found : nullptr;
+    }
+
+    const char16_t* at_;
+    const char16_t* last_;
+    const char16_t* upper_;
+    std::ptrdiff_t count_;
+    // Units that candidates may still fold in vain before the candidates are given up.
+    std::ptrdiff_t patience_ = 1024;
+    Folder fold_;
+};
+
+// Lanes of ones where the units are equal, or the two cases of one letter.
+Units alike_lanes(Units left, Units right, Units caseBit) {
+    const Units difference = left ^ right;
+    return reinterpret_cast<Units>(difference == 0) |
+           (reinterpret_cast<Units>(difference == caseBit) &
+            letter_lanes(left | splat_lanes(kCaseBit), u'a'));
+}
+
+class FoldedComparison {
+public:
+    FoldedComparison(const char16_t* left, const char16_t* right) : left_(left), right_(right) {}
+
+    int Run() {
+        while (!Decides()) {
+            left_ += kLanes;
+            right_ += kLanes;
+        }
+        return result_;
+    }
+
+private:
+    bool Decides() {
+        if (is_in_one_page(left_) && is_in_one_page(right_)) {
+            return VectorDecides();
+        }
+        std::ptrdiff_t i = 0;
+        while (i < kLanes && !UnitDecides(i)) {
+            ++i;
+        }
+        return i < kLanes;
+    }
+
+    bool VectorDecides() {
+        for (std::uint64_t open = OpenLanes(); open != 0;) {
+            const bool hadFold = fold_.has_value();
+            if (UnitDecides(first_hit<char16_t>(open))) {
+                return true;
+            }
+            open = hadFold ? without_first_hit<char16_t>(open) : OpenLanes();
+        }
+        return false;
+    }
+
+    std::uint64_t OpenLanes() const {
+        const Units left = load_in_page(left_);
+        return hit_bits(~alike_lanes(left, load_in_page(right_), caseBit_) |
+                        reinterpret_cast<Units>(left == 0));
+    }
+
+    bool UnitDecides(std::ptrdiff_t i) {
+        if (left_[i] == right_[i]) {
+            return left_[i] == 0;
+        }
+        if (!fold_) {
+            fold_.emplace(Folder::Lower());
+            caseBit_ = splat_lanes(fold_->IsUsualForAscii() ? kCaseBit : u'\0');
+        }
+        result_ = (*fold_)(left_[i]) - (*fold_)(right_[i]);
+        return result_ != 0 || left_[i] == 0 || right_[i] == 0;
+    }
+
+    const char16_t* left_;
+    const char16_t* right_;
+    int result_ = 0;
+    // The case does not count before a difference has shown that it has to be asked for.
+    std::optional<Folder> fold_;
+    Units caseBit_{};
+};
+
+}  // namespace
+
+char16_t towupper(char16_t unit) noexcept {
+    const wint_t folded = ::towupper(unit);
+    return folded <= 0xFFFF ? static_cast<char16_t>(folded) : unit;
+}
+
+char16_t towlower(char16_t unit) noexcept {
+    const wint_t folded = ::towlower(unit);
+    return folded <= 0xFFFF ? static_cast<char16_t>(folded) : unit;
+}
+
+bool iswspace(char16_t unit) noexcept {
+    return ::iswspace(unit) != 0;
+}
+
+bool iswpunct(char16_t unit) noexcept {
+    return ::iswpunct(unit) != 0;
+}
+
+bool iswcntrl(char16_t unit) noexcept {
+    return ::iswcntrl(unit) != 0;
+}
+
+bool iswdigit(char16_t unit) noexcept {
+    return ::iswdigit(unit) != 0;
+}
+
+int _wcsicmp(const char16_t* left, const char16_t* right) noexcept {
+    return FoldedComparison(left, right).Run();
+}
+
+void _wcsupr(char16_t* text) noexcept {
+    fold_units(text, text + wcslen(text), Folder::Upper());
+}
+
+void _wcslwr(char16_t* text) noexcept {
+    fold_units(text, text + wcslen(text), Folder::Lower());
+}
+
+const char16_t* find_folded(const char16_t* first, const char16_t* last, const char16_t* upper,
+                            std::size_t count) noexcept {
+    if (count == 0) {
+        return first;
+    }
+    if (static_cast<std::size_t>(last - first) < count) {
+        return nullptr;
+    }
+    return FoldedSearch(first, last, upper, static_cast<std::ptrdiff_t>(count)).Run();
+}
+
+char16_t* remove_space(char16_t* first, char16_t* last) noexcept {
+    return remove_members(first, last, kSpace);
+}
+
+char16_t* remove_punctuation(char16_t* first, char16_t* last) noexcept {
+    return remove_members(first, last, kPunctuation);
+}
+
+char16_t* remove_control(char16_t* first, char16_t* last) noexcept {
+    return remove_members(first, last, kControl);
+}
+
+}  // namespace platform
