@@ -632,7 +632,6 @@ private:
     KELM_LOCAL int RemoveJoining(const Kelm& upper, bool bFoldInPlace);
     KELM_LOCAL void TakeRest(int nHits, int nHit, int nRest, const char* pchRest);
     KELM_LOCAL void OpenGap(int nIndex, int nCount);
-    KELM_LOCAL void FormatAt(int nIndex, const char* pchFormat, va_list argList);
     KELM_LOCAL static Kelm FromDigits(int nLen, const char* pchDigits, int nCapacity);
     KELM_LOCAL bool Recode(unsigned int nFrom, unsigned int nTo);
     KELM_LOCAL static Kelm Join(int nLen1, const char* pch1, int nLen2, const char* pch2);
@@ -1207,7 +1206,6 @@ private:
                          int nNew, const char16_t* pchNew, int nMost);
     KELM_LOCAL int RemoveJoining(int nUpper, const char16_t* pchUpper);
     KELM_LOCAL void TakeRest(int nHits, int nHit, int nRest, const char16_t* pchRest);
-    KELM_LOCAL void FormatAt(int nIndex, const char16_t* pchFormat, va_list argList);
     KELM_LOCAL static WString FromDigits(int nLen, const char16_t* pchDigits, int nCapacity);
     KELM_LOCAL static WString Join(int nLen1, const char16_t* pch1, int nLen2,
                                    const char16_t* pch2);

@@ -9,6 +9,7 @@
 #include "assertion.h"
 #include "blocks.h"
 #include "fields.h"
+#include "formatting.h"
 #include "growth.h"
 #include "multibyte/case.h"
 #include "multibyte/multibyte.h"
@@ -20,6 +21,7 @@
 #include "search/scan.h"
 #include "search/text_search.h"
 #include "similarity.h"
+#include "storage.h"
 #include "system_errors.h"
 
 using blocks::checked_length;
@@ -27,25 +29,13 @@ using blocks::refs;
 using platform::CodePage;
 using platform::Grouping;
 using platform::require;
+using storage::carry;
+using storage::distance;
+using storage::length_of;
 
 namespace {
 
-struct NilBlock {
-    KelmData header;
-    char text[4];
-};
-
-constinit NilBlock nil = {{-1, 0, 0}, {}};
-constexpr KelmData* KelmDataNil = &nil.header;
-constexpr char* KelmPchNil = nil.text;
-
-int text_length(const char* pchText) {
-    return checked_length(static_cast<long long>(std::strlen(pchText)));
-}
-
-int distance(const char* pchFirst, const char* pchLast) {
-    return static_cast<int>(pchLast - pchFirst);
-}
+constexpr KelmData* KelmDataNil = &blocks::nil<char>.header;
 
 /// A search that began at `pchStart` ends at the first NUL: a hit behind one is none.
 int hit_index(const char* pchText, const char* pchStart, const char* pchHit) {
@@ -84,16 +74,6 @@ int count_hits(const CodePage& page, const char* pchFirst, const char* pchLast, 
                const char* pchText) {
     return static_cast<int>(
         platform::count_text(page, pchFirst, pchLast, pchText, static_cast<std::size_t>(nLen)));
-}
-
-/// Moves [pchRead, pchEnd) to `pchWrite`, which may be the same place or in front of it, and gives
-/// the place behind it there.
-char* carry(char* pchWrite, const char* pchRead, const char* pchEnd) {
-    const std::size_t nSize = static_cast<std::size_t>(pchEnd - pchRead);
-    if (pchWrite != pchRead) {
-        std::memmove(pchWrite, pchRead, nSize);
-    }
-    return pchWrite + nSize;
 }
 
 /// Removes joined or not, always the leftmost, whatever matches in `pchKey`, which runs in parallel
@@ -334,11 +314,7 @@ Kelm::Kelm() {
 }
 
 void Kelm::CopyUnshared(const Kelm& stringSrc) {
-    require(refs(stringSrc.GetData()) != 0, "stringSrc.GetData ()->nRefs != 0");
-    Init();
-    if (stringSrc.m_pchData != KelmPchNil) {
-        *this = stringSrc.m_pchData;
-    }
+    storage::copy_construct(m_pchData, stringSrc.m_pchData);
 }
 
 Kelm::Kelm(Kelm&& stringSrc) noexcept {
@@ -351,7 +327,7 @@ Kelm::Kelm(const char* pchText) {
     if (pchText == nullptr) {
         return;
     }
-    const int nLen = text_length(pchText);
+    const int nLen = length_of(pchText);
     if (nLen > 0) {
         AllocBuffer(nLen);
         std::memcpy(m_pchData, pchText, static_cast<std::size_t>(nLen));
@@ -373,25 +349,11 @@ Kelm::Kelm(const unsigned char* pchText) {
 }
 
 void Kelm::DestroyUnshared() {
-    KelmData* pData = GetData();
-    if (pData != KelmDataNil && blocks::drop_ref(pData) <= 0) {
-        FreeData(pData);
-    }
+    storage::release(m_pchData);
 }
 
 Kelm& Kelm::operator=(const Kelm& stringSrc) {
-    if (m_pchData == stringSrc.m_pchData) {
-        return *this;
-    }
-    const bool bLocked = refs(GetData()) < 0 && GetData() != KelmDataNil;
-    if (bLocked || refs(stringSrc.GetData()) < 0) {
-        AssignCopy(stringSrc.GetLength(), stringSrc.m_pchData);
-        return *this;
-    }
-    Release();
-    require(stringSrc.GetData() != KelmDataNil, "stringSrc.GetData () != KelmDataNil");
-    m_pchData = stringSrc.m_pchData;
-    blocks::add_ref(GetData());
+    storage::assign(m_pchData, stringSrc.m_pchData);
     return *this;
 }
 
@@ -406,7 +368,7 @@ Kelm& Kelm::operator=(char ch) {
 }
 
 Kelm& Kelm::operator=(const char* pchText) {
-    AssignCopy(text_length(pchText), pchText);
+    AssignCopy(length_of(pchText), pchText);
     return *this;
 }
 
@@ -415,83 +377,31 @@ Kelm& Kelm::operator=(const unsigned char* pchText) {
 }
 
 void Kelm::Empty() {
-    if (GetLength() == 0) {
-        return;
-    }
-    if (refs(GetData()) >= 0) {
-        Release();
-    } else {
-        *this = "";
-    }
-    require(GetData()->nDataLength == 0, "GetData ()->nDataLength == 0");
-    require(refs(GetData()) < 0 || GetData()->nAllocLength == 0,
-            "GetData ()->nRefs < 0 || GetData ()->nAllocLength == 0");
+    storage::empty(m_pchData);
 }
 
 void Kelm::Release() {
-    KelmData* pData = GetData();
-    if (pData == KelmDataNil) {
-        return;
-    }
-    require(refs(pData) != 0, "GetData ()->nRefs != 0");
-    if (blocks::drop_ref(pData) <= 0) {
-        FreeData(pData);
-    }
-    Init();
+    storage::release(m_pchData);
 }
 
 void Kelm::SetAt(int nIndex, char ch) {
-    require(nIndex >= 0, "nIndex >= 0");
-    require(nIndex < GetData()->nDataLength, "nIndex < GetData ()->nDataLength");
-    CopyBeforeWrite();
-    m_pchData[nIndex] = ch;
+    storage::set_at(m_pchData, nIndex, ch);
 }
 
 char* Kelm::GetBuffer(int nMinBufLength) {
-    require(nMinBufLength >= 0, "nMinBufLength >= 0");
-    KelmData* pData = GetData();
-    if (refs(pData) > 1 || nMinBufLength > pData->nAllocLength) {
-        const char* pchOld = m_pchData;
-        const int nOldLength = pData->nDataLength;
-        AllocBuffer(std::max(nMinBufLength, nOldLength));
-        std::memcpy(m_pchData, pchOld, static_cast<std::size_t>(nOldLength));
-        SetLength(nOldLength);
-        Release(pData);
-    }
-    require(refs(GetData()) <= 1, "GetData ()->nRefs <= 1");
-    require(m_pchData != nullptr, "m_pchData != NULL");
-    return m_pchData;
+    return storage::get_buffer(m_pchData, nMinBufLength);
 }
 
 void Kelm::ReleaseBuffer(int nNewLength) {
-    CopyBeforeWrite();
-    if (nNewLength < 0) {
-        nNewLength = static_cast<int>(std::strlen(m_pchData));
-    }
-    require(nNewLength <= GetData()->nAllocLength, "nNewLength <= GetData ()->nAllocLength");
-    SetLength(nNewLength);
+    storage::release_buffer(m_pchData, nNewLength);
 }
 
 char* Kelm::GetBufferSetLength(int nNewLength) {
-    require(nNewLength >= 0, "nNewLength >= 0");
-    GetBuffer(nNewLength);
-    SetLength(nNewLength);
-    return m_pchData;
+    return storage::get_buffer_set_length(m_pchData, nNewLength);
 }
 
 void Kelm::FreeExtra() {
-    KelmData* pData = GetData();
-    require(pData->nDataLength <= pData->nAllocLength,
-            "GetData ()->nDataLength <= GetData ()->nAllocLength");
-    if (pData->nDataLength != pData->nAllocLength) {
-        const char* pchOld = m_pchData;
-        AllocBuffer(pData->nDataLength);
-        std::memcpy(m_pchData, pchOld, static_cast<std::size_t>(pData->nDataLength));
-        require(m_pchData[GetData()->nDataLength] == '\0',
-                "m_pchData [GetData ()->nDataLength] == '\\0'");
-        Release(pData);
-    }
-    require(GetData() != nullptr, "GetData () != NULL");
+    storage::free_extra(m_pchData);
 }
 
 char* Kelm::LockBuffer() {
@@ -520,7 +430,7 @@ Kelm& Kelm::Append(char ch) {
 }
 
 Kelm& Kelm::Append(const char* pchText) {
-    ConcatInPlace(text_length(pchText), pchText);
+    ConcatInPlace(length_of(pchText), pchText);
     return *this;
 }
 
@@ -641,27 +551,13 @@ int Kelm::Count(const char* pchText) const {
         return 0;
     }
     const char* pchEnd = m_pchData + std::strlen(m_pchData);
-    return count_hits(*platform::process_code_page(), m_pchData, pchEnd, text_length(pchText),
+    return count_hits(*platform::process_code_page(), m_pchData, pchEnd, length_of(pchText),
                       pchText);
 }
 
 Kelm Kelm::Mid(int nFirst, int nCount) const {
-    const int nLength = GetLength();
-    nFirst = std::max(nFirst, 0);
-    nCount = std::max(nCount, 0);
-    if (nCount > nLength - nFirst) {
-        nCount = std::max(nLength - nFirst, 0);
-    }
-    if (nFirst > nLength) {
-        return Kelm();
-    }
-    require(nFirst >= 0, "nFirst >= 0");
-    require(nCount <= nLength - nFirst, "nFirst + nCount <= GetData ()->nDataLength");
-    if (nFirst == 0 && nCount == nLength) {
-        return *this;
-    }
     Kelm dest;
-    AllocCopy(dest, nCount, nFirst, 0);
+    storage::mid(dest.m_pchData, m_pchData, nFirst, nCount);
     return dest;
 }
 
@@ -670,22 +566,14 @@ Kelm Kelm::Mid(int nFirst) const {
 }
 
 Kelm Kelm::Left(int nCount) const {
-    nCount = std::max(nCount, 0);
-    if (nCount >= GetLength()) {
-        return *this;
-    }
     Kelm dest;
-    AllocCopy(dest, nCount, 0, 0);
+    storage::left(dest.m_pchData, m_pchData, nCount);
     return dest;
 }
 
 Kelm Kelm::Right(int nCount) const {
-    nCount = std::max(nCount, 0);
-    if (nCount >= GetLength()) {
-        return *this;
-    }
     Kelm dest;
-    AllocCopy(dest, nCount, GetLength() - nCount, 0);
+    storage::right(dest.m_pchData, m_pchData, nCount);
     return dest;
 }
 
@@ -786,12 +674,7 @@ void Kelm::TrimLeft(const char* pchSet) {
 }
 
 void Kelm::CutLeft(const char* pchFirst) {
-    if (pchFirst == m_pchData) {
-        return;
-    }
-    const int nLength = GetLength() - distance(m_pchData, pchFirst);
-    std::memmove(m_pchData, pchFirst, static_cast<std::size_t>(nLength));
-    SetLength(nLength);
+    storage::cut_left(m_pchData, pchFirst);
 }
 
 Kelm Kelm::Trim() const {
@@ -829,7 +712,7 @@ int Kelm::Replace(const char* pchOld, const char* pchNew) {
     if (pchOld == nullptr || *pchOld == '\0') {
         return 0;
     }
-    return ReplaceHits(text_length(pchOld), pchOld, pchNew == nullptr ? 0 : text_length(pchNew),
+    return ReplaceHits(length_of(pchOld), pchOld, pchNew == nullptr ? 0 : length_of(pchNew),
                        pchNew);
 }
 
@@ -926,7 +809,7 @@ int Kelm::NCReplace(const char* pchOld, const char* pchNew) {
     if (pchOld == nullptr || *pchOld == '\0') {
         return 0;
     }
-    const int nNew = pchNew == nullptr ? 0 : text_length(pchNew);
+    const int nNew = pchNew == nullptr ? 0 : length_of(pchNew);
     const long long nReplaced = static_cast<long long>(GetLength()) * nNew;
     const long long nLimit = std::max(65536LL, 16 * std::min(nReplaced, LLONG_MAX / 16));
     UpperSearch search(*platform::process_code_page(), pchOld);
@@ -1009,11 +892,8 @@ int Kelm::RemoveControl() {
         platform::remove_class(platform::ByteClass::Control(), m_pchData, m_pchData + GetLength()));
 }
 
-/// Ends the text there; the result is what it lost.
 int Kelm::CutRight(const char* pchEnd) {
-    const int nLost = GetLength() - distance(m_pchData, pchEnd);
-    SetLength(GetLength() - nLost);
-    return nLost;
+    return storage::cut_right(m_pchData, pchEnd);
 }
 
 int Kelm::NCRemove(const char* pchText) {
@@ -1078,7 +958,7 @@ int Kelm::RemoveJoining(const Kelm& upper, bool bFoldInPlace) {
     }
     // What stands behind an embedded NUL comes along.
     const char* pchEnd = carry(removal.pchEnd, m_pchData + nSegment, m_pchData + GetLength());
-    TakeRest(nHits, upper.GetLength(), distance(work, pchEnd), work);
+    TakeRest(nHits, upper.GetLength(), distance<char>(work, pchEnd), work);
     return nHits;
 }
 
@@ -1104,7 +984,7 @@ int Kelm::Insert(int nIndex, char ch) {
 }
 
 int Kelm::Insert(int nIndex, const char* pchText) {
-    const int nLen = text_length(pchText);
+    const int nLen = length_of(pchText);
     if (nLen == 0) {
         return GetLength();
     }
@@ -1114,22 +994,8 @@ int Kelm::Insert(int nIndex, const char* pchText) {
     return GetLength();
 }
 
-/// Room for `nCount` bytes at an index within the text, in place or in a block of exactly the new
-/// length.
 void Kelm::OpenGap(int nIndex, int nCount) {
-    KelmData* pData = GetData();
-    const char* pchOld = m_pchData;
-    const int nNewLength = checked_length(static_cast<long long>(pData->nDataLength) + nCount);
-    const std::size_t nTail = static_cast<std::size_t>(pData->nDataLength - nIndex);
-    if (refs(pData) > 1 || pData->nAllocLength < nNewLength) {
-        AllocBuffer(nNewLength);
-        std::memcpy(m_pchData, pchOld, static_cast<std::size_t>(nIndex));
-        std::memcpy(m_pchData + nIndex + nCount, pchOld + nIndex, nTail);
-        Release(pData);
-        return;
-    }
-    std::memmove(m_pchData + nIndex + nCount, m_pchData + nIndex, nTail);
-    SetLength(nNewLength);
+    storage::open_gap(m_pchData, nIndex, nCount);
 }
 
 int Kelm::Delete(int nIndex, int nCount) {
@@ -1150,7 +1016,7 @@ void Kelm::Repeat(char ch, int nCount) {
 }
 
 void Kelm::Repeat(const char* pchText, int nCount) {
-    const int nLen = text_length(pchText);
+    const int nLen = length_of(pchText);
     require(nLen == 0 || nCount >= 0, "nMinBufLength >= 0");
     const int nOldLength = GetLength();
     const int nAdded = checked_length(static_cast<long long>(nLen) * nCount);
@@ -1169,10 +1035,7 @@ void Kelm::Repeat(const char* pchText, int nCount) {
 
 Kelm Kelm::FromRepeat(char ch, int nCount) {
     Kelm rc;
-    if (nCount >= 1) {
-        rc.AllocBuffer(nCount);
-        std::memset(rc.m_pchData, static_cast<unsigned char>(ch), static_cast<std::size_t>(nCount));
-    }
+    storage::repeat(rc.m_pchData, ch, nCount);
     return rc;
 }
 
@@ -1228,7 +1091,7 @@ void Kelm::Format(const char* pchFormat, ...) {
 }
 
 void Kelm::FormatV(const char* pchFormat, va_list argList) {
-    FormatAt(0, pchFormat, argList);
+    formatting::print_at(m_pchData, 0, pchFormat, argList);
 }
 
 void Kelm::AppendFormat(const char* pchFormat, ...) {
@@ -1239,28 +1102,7 @@ void Kelm::AppendFormat(const char* pchFormat, ...) {
 }
 
 void Kelm::AppendFormatV(const char* pchFormat, va_list argList) {
-    FormatAt(GetLength(), pchFormat, argList);
-}
-
-/// Prints behind the first `nIndex` bytes: first beside the object, which a short text has to be
-/// only once. A text that the allowance does not cover gets exactly its room.
-void Kelm::FormatAt(int nIndex, const char* pchFormat, va_list argList) {
-    char szShort[512];
-    const int nShort = sizeof(szShort) / sizeof(char) - 1;
-    platform::Rehearsal print;
-    platform::rehearse(szShort, nShort, pchFormat, argList, print);
-    const int nLen = std::max(print.allowance, print.length);
-    GetBuffer(checked_length(static_cast<long long>(nIndex) + nLen));
-    if (print.length > nShort) {
-        platform::vsprintf(m_pchData + nIndex, GetAllocLength() - nIndex, pchFormat, argList);
-    } else if (print.length > 0) {
-        std::memcpy(m_pchData + nIndex, szShort, static_cast<std::size_t>(print.length) + 1);
-    }
-    const char* pchFront = m_pchData;
-    const char* pchPrint = m_pchData + nIndex;
-    // A NUL ends the text, also one that stands in front of what was printed.
-    const char* pchEnd = platform::find_unit(pchFront, pchPrint, '\0');
-    SetLength(pchEnd != pchPrint ? distance(pchFront, pchEnd) : nIndex + print.ending);
+    formatting::print_at(m_pchData, GetLength(), pchFormat, argList);
 }
 
 Kelm Kelm::FromFormat(const char* pchFormat, ...) {
@@ -1359,9 +1201,7 @@ bool Kelm::To<bool>() const {
 /// The capacities of numbers are those of the formats "%d" and "%g".
 Kelm Kelm::FromDigits(int nLen, const char* pchDigits, int nCapacity) {
     Kelm text;
-    text.AllocBuffer(nCapacity);
-    std::memcpy(text.m_pchData, pchDigits, static_cast<std::size_t>(nLen));
-    text.SetLength(nLen);
+    storage::with_capacity(text.m_pchData, pchDigits, nLen, nCapacity);
     return text;
 }
 
@@ -1471,7 +1311,7 @@ int Kelm::CollateNoCase(const char* pchText) const {
 }
 
 float Kelm::Similar(const char* pchText) const {
-    return score(m_pchData, GetLength(), pchText, text_length(pchText));
+    return score(m_pchData, GetLength(), pchText, length_of(pchText));
 }
 
 float Kelm::Similar(const Kelm& string) const {
@@ -1479,14 +1319,8 @@ float Kelm::Similar(const Kelm& string) const {
 }
 
 Kelm Kelm::Elements(int nFirst, int nLast, char chDelimiter) const {
-    const fields::Run<char> run =
-        fields::find<char>(m_pchData, m_pchData + GetLength(), nFirst, nLast, chDelimiter);
-    const int nText = distance(run.first, run.last);
     Kelm erg;
-    erg.AllocBuffer(checked_length(nText + run.padding));
-    std::memcpy(erg.m_pchData, run.first, static_cast<std::size_t>(nText));
-    std::memset(erg.m_pchData + nText, static_cast<unsigned char>(chDelimiter),
-                static_cast<std::size_t>(run.padding));
+    fields::take(erg.m_pchData, m_pchData, nFirst, nLast, chDelimiter);
     return erg;
 }
 
@@ -1564,7 +1398,7 @@ bool Kelm::Recode(unsigned int nFrom, unsigned int nTo) {
     narrow[static_cast<std::size_t>(nNarrow)] = '\0';
     // An assignment that needs a new block gives up the old one first; memory may be short, so the
     // new one is made before that.
-    if (refs(GetData()) > 1 || GetAllocLength() < text_length(narrow.get())) {
+    if (refs(GetData()) > 1 || GetAllocLength() < length_of(narrow.get())) {
         Kelm copy(narrow.get());
         MoveAssign(copy);
     } else {
@@ -1574,118 +1408,47 @@ bool Kelm::Recode(unsigned int nFrom, unsigned int nTo) {
 }
 
 void Kelm::Init() {
-    m_pchData = KelmPchNil;
+    storage::init(m_pchData);
 }
 
 void Kelm::AllocBuffer(int nLen) {
-    require(nLen >= 0, "nLen >= 0");
-    require(nLen <= INT_MAX - 1, "nLen <= INT_MAX-1");
-    if (nLen == 0) {
-        Init();
-        return;
-    }
-    KelmData* pData = blocks::allocate<KelmData, char>(nLen);
-    pData->nRefs = 1;
-    pData->nDataLength = nLen;
-    pData->nAllocLength = nLen;
-    m_pchData = reinterpret_cast<char*>(pData + 1);
-    m_pchData[nLen] = '\0';
+    storage::alloc(m_pchData, nLen);
 }
 
-/// Not inlined: next to `Init` the compiler takes the static empty block for one to be freed.
-__attribute__((noinline)) void Kelm::FreeData(KelmData* pData) {
-    ::operator delete[](pData);
+void Kelm::FreeData(KelmData* pData) {
+    blocks::give_back(pData);
 }
 
 void Kelm::Release(KelmData* pData) {
-    if (pData == KelmDataNil) {
-        return;
-    }
-    require(refs(pData) != 0, "pData->nRefs != 0");
-    if (blocks::drop_ref(pData) <= 0) {
-        FreeData(pData);
-    }
+    blocks::release<char>(pData);
 }
 
 void Kelm::CopyBeforeWrite() {
-    KelmData* pData = GetData();
-    if (refs(pData) > 1) {
-        const char* pchOld = m_pchData;
-        AllocBuffer(pData->nDataLength);
-        std::memcpy(m_pchData, pchOld, static_cast<std::size_t>(pData->nDataLength));
-        Release(pData);
-    }
-    require(refs(GetData()) <= 1, "GetData ()->nRefs <= 1");
+    storage::copy_before_write(m_pchData);
 }
 
 void Kelm::AllocBeforeWrite(int nLen) {
-    if (refs(GetData()) > 1 || nLen > GetAllocLength()) {
-        Release();
-        AllocBuffer(nLen);
-    }
-    require(refs(GetData()) <= 1, "GetData ()->nRefs <= 1");
+    storage::alloc_before_write(m_pchData, nLen);
 }
 
 void Kelm::AssignCopy(int nLen, const char* pchText) {
-    // Part of the value's own text has to outlive the reference that is given up first.
-    Kelm hold;
-    if (refs(GetData()) > 1 && blocks::points_into(pchText, m_pchData, GetLength())) {
-        hold = *this;
-    }
-    AllocBeforeWrite(nLen);
-    std::memmove(m_pchData, pchText, static_cast<std::size_t>(nLen));
-    SetLength(nLen);
+    storage::assign_copy(m_pchData, nLen, pchText);
 }
 
 void Kelm::AllocCopy(Kelm& dest, int nCopyLen, int nCopyIndex, int nExtraLen) const {
-    const int nLen = checked_length(static_cast<long long>(nCopyLen) + nExtraLen);
-    if (nLen == 0) {
-        dest.Init();
-        return;
-    }
-    dest.AllocBuffer(nLen);
-    std::memcpy(dest.m_pchData, m_pchData + nCopyIndex, static_cast<std::size_t>(nCopyLen));
+    storage::alloc_copy<char>(dest.m_pchData, m_pchData + nCopyIndex, nCopyLen, nExtraLen);
 }
 
 void Kelm::MoveAssign(Kelm& stringSrc) {
-    Release();
-    m_pchData = stringSrc.m_pchData;
-    stringSrc.Init();
+    storage::move_assign(m_pchData, stringSrc.m_pchData);
 }
 
 void Kelm::ConcatCopy(int nLen1, const char* pch1, int nLen2, const char* pch2) {
-    const int nLen = checked_length(static_cast<long long>(nLen1) + nLen2);
-    if (nLen == 0) {
-        return;
-    }
-    AllocBuffer(nLen);
-    std::memcpy(m_pchData, pch1, static_cast<std::size_t>(nLen1));
-    std::memcpy(m_pchData + nLen1, pch2, static_cast<std::size_t>(nLen2));
+    storage::concat_copy(m_pchData, nLen1, pch1, nLen2, pch2);
 }
 
 void Kelm::ConcatInPlace(int nLen, const char* pchText) {
-    if (nLen == 0) {
-        return;
-    }
-    KelmData* pData = GetData();
-    if (refs(pData) > 1 || nLen > pData->nAllocLength - pData->nDataLength) {
-        ConcatCopy(pData->nDataLength, m_pchData, nLen, pchText);
-        require(pData != nullptr, "pData != NULL");
-        Release(pData);
-        return;
-    }
-    char* pchEnd = m_pchData + pData->nDataLength;
-    if (nLen == 1) {
-        pchEnd[0] = pchText[0];
-    } else if (nLen == 2) {
-        pchEnd[0] = pchText[0];
-        pchEnd[1] = pchText[1];
-    } else {
-        std::memcpy(pchEnd, pchText, static_cast<std::size_t>(nLen));
-    }
-    pData->nDataLength += nLen;
-    require(pData->nDataLength <= pData->nAllocLength, "pData->nDataLength <= pData->nAllocLength");
-    m_pchData[pData->nDataLength] = '\0';
+    storage::concat_in_place(m_pchData, nLen, pchText);
 }
 
 int Kelm::GetFormattedLength(const char* pchFormat, va_list argList) {
@@ -1696,14 +1459,8 @@ int Kelm::VFormat(char* pchDest, const char* pchFormat, va_list argList) {
     return platform::vsprintf(pchDest, INT_MAX, pchFormat, argList);
 }
 
-/// The static empty block holds length 0 and a NUL already; a store would race with other threads.
 void Kelm::SetLength(int nLen) {
-    KelmData* pData = GetData();
-    if (pData == KelmDataNil) {
-        return;
-    }
-    pData->nDataLength = nLen;
-    m_pchData[nLen] = '\0';
+    storage::set_length(m_pchData, nLen);
 }
 
 Kelm Kelm::Join(int nLen1, const char* pch1, int nLen2, const char* pch2) {
@@ -1725,11 +1482,11 @@ Kelm operator+(char ch, const Kelm& string) {
 }
 
 Kelm operator+(const Kelm& string, const char* pchText) {
-    return Kelm::Join(string.GetLength(), string, text_length(pchText), pchText);
+    return Kelm::Join(string.GetLength(), string, length_of(pchText), pchText);
 }
 
 Kelm operator+(const char* pchText, const Kelm& string) {
-    return Kelm::Join(text_length(pchText), pchText, string.GetLength(), string);
+    return Kelm::Join(length_of(pchText), pchText, string.GetLength(), string);
 }
 
 bool operator==(const Kelm& string1, const Kelm& string2) {
@@ -1802,169 +1559,4 @@ bool operator>=(const Kelm& string, const char* pchText) {
 
 bool operator>=(const char* pchText, const Kelm& string) {
     return string.Compare(pchText) <= 0;
-}
-
-/// The classes of a byte as a walk by tokens asks them, taken once per step.
-class Kelm::Token::Classes {
-public:
-    bool IsSpace(char ch) const { return IsAscii(ch) && m_space.Has(ch); }
-
-    bool IsPunctuation(char ch) const { return IsAscii(ch) && ch != '_' && m_punctuation.Has(ch); }
-
-    /// By punctuation, or by the delimiter instead where one is given.
-    bool EndsWord(char ch, const char* pchDelimiter) const {
-        if (pchDelimiter == nullptr && IsAscii(ch) && ch != '\0' && !m_stop.Has(ch)) {
-            return false;
-        }
-        if (ch == '\0' || IsHigh(ch) || IsSpace(ch)) {
-            return true;
-        }
-        return pchDelimiter != nullptr ? ch == *pchDelimiter : IsPunctuation(ch);
-    }
-
-private:
-    // The classifiers are asked about these alone. Of the others, 0xFF widens to -1, which is in no
-    // class, and the rest end a word by themselves.
-    static bool IsAscii(char ch) { return static_cast<signed char>(ch) >= 0; }
-    static bool IsHigh(char ch) { return static_cast<signed char>(ch) < -1; }
-
-    platform::ByteClass m_space = platform::ByteClass::Space();
-    platform::ByteClass m_punctuation = platform::ByteClass::Punctuation();
-    platform::ByteClass m_stop = m_space | m_punctuation;
-};
-
-Kelm::Token::Token(const Kelm& strSource, bool bSkipPunctuation)
-    : m_strSource(strSource), m_bSkipPunctuation(bSkipPunctuation) {
-    Restart();
-}
-
-bool Kelm::Token::Next() {
-    const Classes classes;
-    do {
-        if (!NextToken(classes, nullptr)) {
-            return false;
-        }
-    } while (m_bSkipPunctuation && classes.IsPunctuation(m_pchText[m_nStart]));
-    return true;
-}
-
-bool Kelm::Token::Next(char chDelimiter) {
-    return NextToken(Classes(), &chDelimiter);
-}
-
-bool Kelm::Token::NextToken(const Classes& classes, const char* pchDelimiter) {
-    int p = m_nNext < 0 ? -1 : SkipWhitespace(classes, m_nNext);
-    if (p < 0) {
-        m_nStart = m_nEnd = m_nNext = -1;
-        m_bMore = false;
-        return false;
-    }
-    const char ch = m_pchText[p];
-    if (ch == '"' || ch == '\'') {
-        m_nStart = p + 1;
-        const int q = FindChar(m_nStart, ch);
-        p = q >= 0 ? q : m_nStart + static_cast<int>(std::strlen(m_pchText + m_nStart));
-        m_nEnd = p - 1;
-        p += q >= 0 ? 1 : 0;
-    } else {
-        m_nStart = p;
-        // Every byte that does not end a word is a character by itself, whatever the code page.
-        const char* pch = m_pchText + p;
-        while (!classes.EndsWord(*pch, pchDelimiter)) {
-            ++pch;
-        }
-        p = distance(m_pchText, pch);
-        p += p == m_nStart ? 1 : 0;
-        m_nEnd = p - 1;
-    }
-    m_nNext = m_pchText[p] == '\0' ? p : p + 1;
-    return true;
-}
-
-bool Kelm::Token::NextLine() {
-    if (!m_bMore) {
-        return false;
-    }
-    const auto is_line_end = [](char ch) { return ch == '\r' || ch == '\n'; };
-    int p = m_nNext;
-    while (is_line_end(m_pchText[p])) {
-        m_nStart = ++p;
-    }
-    while (m_pchText[p] != '\0' && !is_line_end(m_pchText[p])) {
-        ++p;
-    }
-    m_bMore = m_pchText[p] != '\0';
-    m_nEnd = p - 1;
-    m_nNext = p;
-    return true;
-}
-
-Kelm Kelm::Token::Current() const {
-    if (!IsValid()) {
-        return Kelm();
-    }
-    const int nLen = m_nEnd - m_nStart + (m_nEnd < m_nLength ? 1 : 0);
-    return Kelm(m_pchText + m_nStart, nLen);
-}
-
-Kelm::Token::operator Kelm() const {
-    return Current();
-}
-
-Kelm Kelm::Token::operator()() const {
-    return Current();
-}
-
-Kelm::Token::operator bool() const {
-    return m_bMore;
-}
-
-bool Kelm::Token::IsValid() const {
-    return m_nStart >= 0 && m_nStart <= m_nEnd;
-}
-
-void Kelm::Token::operator++() {
-    Next();
-}
-
-void Kelm::Token::operator++(int) {
-    Next();
-}
-
-bool Kelm::Token::SkipPunctuation(bool bSkip) {
-    return std::exchange(m_bSkipPunctuation, bSkip);
-}
-
-void Kelm::Token::Restart() {
-    m_pchText = m_strSource;
-    Clear();
-    m_nLength = static_cast<int>(std::strlen(m_pchText));
-    Next();
-}
-
-void Kelm::Token::Clear() {
-    m_nStart = 0;
-    m_nEnd = -1;
-    m_nNext = 0;
-    m_bMore = true;
-    m_nLength = 0;
-}
-
-int Kelm::Token::FindWhitespace(int nStart) const {
-    return SkipWhitespace(Classes(), nStart);
-}
-
-int Kelm::Token::SkipWhitespace(const Classes& classes, int nStart) const {
-    const char* pch = m_pchText + nStart;
-    while (classes.IsSpace(*pch)) {
-        ++pch;
-    }
-    return *pch == '\0' ? -1 : distance(m_pchText, pch);
-}
-
-int Kelm::Token::FindChar(int nStart, char ch) const {
-    while (m_pchText[nStart] != '\0' && m_pchText[nStart] != ch) {
-        ++nStart;
-    }
-    return m_pchText[nStart] == '\0' ? -1 : nStart;
 }

@@ -5,43 +5,25 @@
 #include "assertion.h"
 #include "blocks.h"
 #include "fields.h"
+#include "formatting.h"
 #include "growth.h"
 #include "numbers.h"
 #include "pages/conversion.h"
 #include "print/print.h"
 #include "search/scan.h"
+#include "storage.h"
 #include "wide/wide.h"
 
 using blocks::checked_length;
 using blocks::refs;
 using platform::require;
+using storage::carry;
+using storage::copy_units;
+using storage::distance;
+using storage::length_of;
+using storage::move_units;
 
 namespace {
-
-struct NilBlock {
-    WStringData header;
-    char16_t text[2];
-};
-
-constinit NilBlock nil = {{-1, 0, 0}, {}};
-constexpr WStringData* WStringDataNil = &nil.header;
-constexpr char16_t* WStringPchNil = nil.text;
-
-int text_length(const char16_t* pchText) {
-    return checked_length(static_cast<long long>(platform::wcslen(pchText)));
-}
-
-int distance(const char16_t* pchFirst, const char16_t* pchLast) {
-    return static_cast<int>(pchLast - pchFirst);
-}
-
-void copy_units(char16_t* pchDest, const char16_t* pchSource, int nLen) {
-    std::memcpy(pchDest, pchSource, static_cast<std::size_t>(nLen) * sizeof(char16_t));
-}
-
-void move_units(char16_t* pchDest, const char16_t* pchSource, int nLen) {
-    std::memmove(pchDest, pchSource, static_cast<std::size_t>(nLen) * sizeof(char16_t));
-}
 
 /// A search that began at `pchStart` ends at the first NUL: a hit behind one is none.
 int hit_index(const char16_t* pchText, const char16_t* pchStart, const char16_t* pchHit) {
@@ -63,16 +45,6 @@ int count_hits(const char16_t* pchFirst, const char16_t* pchLast, int nLen,
                const char16_t* pchText) {
     return static_cast<int>(
         platform::count_text(pchFirst, pchLast, pchText, static_cast<std::size_t>(nLen)));
-}
-
-/// Moves [pchRead, pchEnd) to `pchWrite`, which may be the same place or in front of it, and gives
-/// the place behind it there.
-char16_t* carry(char16_t* pchWrite, const char16_t* pchRead, const char16_t* pchEnd) {
-    const int nLen = distance(pchRead, pchEnd);
-    if (pchWrite != pchRead) {
-        move_units(pchWrite, pchRead, nLen);
-    }
-    return pchWrite + nLen;
 }
 
 /// Removes, always the leftmost, whatever folds to `pchUpper`, also where a removal has formed it;
@@ -164,11 +136,7 @@ WString::WString() {
 }
 
 void WString::CopyUnshared(const WString& stringSrc) {
-    require(refs(stringSrc.GetData()) != 0, "stringSrc.GetData ()->nRefs != 0");
-    Init();
-    if (stringSrc.m_pchData != WStringPchNil) {
-        *this = stringSrc.m_pchData;
-    }
+    storage::copy_construct(m_pchData, stringSrc.m_pchData);
 }
 
 WString::WString(WString&& stringSrc) noexcept {
@@ -181,7 +149,7 @@ WString::WString(const char16_t* pchText) {
     if (pchText == nullptr) {
         return;
     }
-    const int nLen = text_length(pchText);
+    const int nLen = length_of(pchText);
     if (nLen > 0) {
         AllocBuffer(nLen);
         copy_units(m_pchData, pchText, nLen);
@@ -199,24 +167,11 @@ WString::WString(const Kelm& string) {
 WString::WString(const char* pchText) : WString(Kelm(pchText)) {}
 
 void WString::DestroyUnshared() {
-    WStringData* pData = GetData();
-    if (pData != WStringDataNil && blocks::drop_ref(pData) <= 0) {
-        FreeData(pData);
-    }
+    storage::release(m_pchData);
 }
 
 WString& WString::operator=(const WString& stringSrc) {
-    if (m_pchData == stringSrc.m_pchData) {
-        return *this;
-    }
-    if (refs(stringSrc.GetData()) < 0) {
-        AssignCopy(stringSrc.GetLength(), stringSrc.m_pchData);
-        return *this;
-    }
-    Release();
-    require(stringSrc.GetData() != WStringDataNil, "stringSrc.GetData () != WStringDataNil");
-    m_pchData = stringSrc.m_pchData;
-    blocks::add_ref(GetData());
+    storage::assign(m_pchData, stringSrc.m_pchData);
     return *this;
 }
 
@@ -231,7 +186,7 @@ WString& WString::operator=(char16_t ch) {
 }
 
 WString& WString::operator=(const char16_t* pchText) {
-    AssignCopy(text_length(pchText), pchText);
+    AssignCopy(length_of(pchText), pchText);
     return *this;
 }
 
@@ -241,83 +196,31 @@ WString& WString::operator=(const Kelm& string) {
 }
 
 void WString::Empty() {
-    if (GetLength() == 0) {
-        return;
-    }
-    if (refs(GetData()) >= 0) {
-        Release();
-    } else {
-        *this = u"";
-    }
-    require(GetData()->nDataLength == 0, "GetData ()->nDataLength == 0");
-    require(refs(GetData()) < 0 || GetData()->nAllocLength == 0,
-            "GetData ()->nRefs < 0 || GetData ()->nAllocLength == 0");
+    storage::empty(m_pchData);
 }
 
 void WString::Release() {
-    WStringData* pData = GetData();
-    if (pData == WStringDataNil) {
-        return;
-    }
-    require(refs(pData) != 0, "GetData ()->nRefs != 0");
-    if (blocks::drop_ref(pData) <= 0) {
-        FreeData(pData);
-    }
-    Init();
+    storage::release(m_pchData);
 }
 
 void WString::SetAt(int nIndex, char16_t ch) {
-    require(nIndex >= 0, "nIndex >= 0");
-    require(nIndex < GetData()->nDataLength, "nIndex < GetData ()->nDataLength");
-    CopyBeforeWrite();
-    m_pchData[nIndex] = ch;
+    storage::set_at(m_pchData, nIndex, ch);
 }
 
 char16_t* WString::GetBuffer(int nMinBufLength) {
-    require(nMinBufLength >= 0, "nMinBufLength >= 0");
-    WStringData* pData = GetData();
-    if (refs(pData) > 1 || nMinBufLength > pData->nAllocLength) {
-        const char16_t* pchOld = m_pchData;
-        const int nOldLength = pData->nDataLength;
-        AllocBuffer(std::max(nMinBufLength, nOldLength));
-        copy_units(m_pchData, pchOld, nOldLength);
-        SetLength(nOldLength);
-        Release(pData);
-    }
-    require(refs(GetData()) <= 1, "GetData ()->nRefs <= 1");
-    require(m_pchData != nullptr, "m_pchData != NULL");
-    return m_pchData;
+    return storage::get_buffer(m_pchData, nMinBufLength);
 }
 
 void WString::ReleaseBuffer(int nNewLength) {
-    CopyBeforeWrite();
-    if (nNewLength < 0) {
-        nNewLength = text_length(m_pchData);
-    }
-    require(nNewLength <= GetData()->nAllocLength, "nNewLength <= GetData ()->nAllocLength");
-    SetLength(nNewLength);
+    storage::release_buffer(m_pchData, nNewLength);
 }
 
 char16_t* WString::GetBufferSetLength(int nNewLength) {
-    require(nNewLength >= 0, "nNewLength >= 0");
-    GetBuffer(nNewLength);
-    SetLength(nNewLength);
-    return m_pchData;
+    return storage::get_buffer_set_length(m_pchData, nNewLength);
 }
 
 void WString::FreeExtra() {
-    WStringData* pData = GetData();
-    require(pData->nDataLength <= pData->nAllocLength,
-            "GetData ()->nDataLength <= GetData ()->nAllocLength");
-    if (pData->nDataLength != pData->nAllocLength) {
-        const char16_t* pchOld = m_pchData;
-        AllocBuffer(pData->nDataLength);
-        copy_units(m_pchData, pchOld, pData->nDataLength);
-        require(m_pchData[GetData()->nDataLength] == u'\0',
-                "m_pchData [GetData ()->nDataLength] == L'\\0'");
-        Release(pData);
-    }
-    require(GetData() != nullptr, "GetData () != NULL");
+    storage::free_extra(m_pchData);
 }
 
 WString& WString::Append(const WString& string) {
@@ -331,7 +234,7 @@ WString& WString::Append(char16_t ch) {
 }
 
 WString& WString::Append(const char16_t* pchText) {
-    ConcatInPlace(text_length(pchText), pchText);
+    ConcatInPlace(length_of(pchText), pchText);
     return *this;
 }
 
@@ -469,26 +372,12 @@ int WString::Count(const char16_t* pchText) const {
         return 0;
     }
     const char16_t* pchEnd = m_pchData + platform::wcslen(m_pchData);
-    return count_hits(m_pchData, pchEnd, text_length(pchText), pchText);
+    return count_hits(m_pchData, pchEnd, length_of(pchText), pchText);
 }
 
 WString WString::Mid(int nFirst, int nCount) const {
-    const int nLength = GetLength();
-    nFirst = std::max(nFirst, 0);
-    nCount = std::max(nCount, 0);
-    if (nCount > nLength - nFirst) {
-        nCount = std::max(nLength - nFirst, 0);
-    }
-    if (nFirst > nLength) {
-        return WString();
-    }
-    require(nFirst >= 0, "nFirst >= 0");
-    require(nCount <= nLength - nFirst, "nFirst + nCount <= GetData ()->nDataLength");
-    if (nFirst == 0 && nCount == nLength) {
-        return *this;
-    }
     WString dest;
-    AllocCopy(dest, nCount, nFirst, 0);
+    storage::mid(dest.m_pchData, m_pchData, nFirst, nCount);
     return dest;
 }
 
@@ -497,22 +386,14 @@ WString WString::Mid(int nFirst) const {
 }
 
 WString WString::Left(int nCount) const {
-    nCount = std::max(nCount, 0);
-    if (nCount >= GetLength()) {
-        return *this;
-    }
     WString dest;
-    AllocCopy(dest, nCount, 0, 0);
+    storage::left(dest.m_pchData, m_pchData, nCount);
     return dest;
 }
 
 WString WString::Right(int nCount) const {
-    nCount = std::max(nCount, 0);
-    if (nCount >= GetLength()) {
-        return *this;
-    }
     WString dest;
-    AllocCopy(dest, nCount, GetLength() - nCount, 0);
+    storage::right(dest.m_pchData, m_pchData, nCount);
     return dest;
 }
 
@@ -590,12 +471,7 @@ void WString::TrimLeft(const char16_t* pchSet) {
 }
 
 void WString::CutLeft(const char16_t* pchFirst) {
-    if (pchFirst == m_pchData) {
-        return;
-    }
-    const int nLength = GetLength() - distance(m_pchData, pchFirst);
-    move_units(m_pchData, pchFirst, nLength);
-    SetLength(nLength);
+    storage::cut_left(m_pchData, pchFirst);
 }
 
 WString WString::Trim() const {
@@ -618,7 +494,7 @@ int WString::Replace(const char16_t* pchOld, const char16_t* pchNew) {
     if (pchOld == nullptr || *pchOld == u'\0') {
         return 0;
     }
-    return ReplaceHits(text_length(pchOld), pchOld, pchNew == nullptr ? 0 : text_length(pchNew),
+    return ReplaceHits(length_of(pchOld), pchOld, pchNew == nullptr ? 0 : length_of(pchNew),
                        pchNew);
 }
 
@@ -733,11 +609,8 @@ int WString::RemoveControl() {
     return CutRight(platform::remove_control(m_pchData, m_pchData + GetLength()));
 }
 
-/// Ends the text there; the result is what it lost.
 int WString::CutRight(const char16_t* pchEnd) {
-    const int nLost = GetLength() - distance(m_pchData, pchEnd);
-    SetLength(GetLength() - nLost);
-    return nLost;
+    return storage::cut_right(m_pchData, pchEnd);
 }
 
 int WString::NCRemove(const char16_t* pchText) {
@@ -761,13 +634,13 @@ int WString::RemoveJoining(int nUpper, const char16_t* pchUpper) {
     }
     WString work;
     AllocCopy(work, GetLength(), 0, 0);
-    const int nSegment = text_length(work);
+    const int nSegment = length_of(work);
     JoiningRemoval removal = {work.m_pchData, work.m_pchData + nSegment, pchUpper,
                               static_cast<std::size_t>(nUpper)};
     const int nHits = removal.Run();
     // What stands behind an embedded NUL comes along.
     const char16_t* pchEnd = carry(removal.pchEnd, m_pchData + nSegment, m_pchData + GetLength());
-    TakeRest(nHits, nUpper, distance(work, pchEnd), work);
+    TakeRest(nHits, nUpper, distance<char16_t>(work, pchEnd), work);
     return nHits;
 }
 
@@ -787,10 +660,7 @@ void WString::TakeRest(int nHits, int nHit, int nRest, const char16_t* pchRest) 
 
 WString WString::FromRepeat(char16_t ch, int nCount) {
     WString rc;
-    if (nCount >= 1) {
-        rc.AllocBuffer(nCount);
-        std::fill_n(rc.m_pchData, nCount, ch);
-    }
+    storage::repeat(rc.m_pchData, ch, nCount);
     return rc;
 }
 
@@ -802,7 +672,7 @@ void WString::Format(const char16_t* pchFormat, ...) {
 }
 
 void WString::FormatV(const char16_t* pchFormat, va_list argList) {
-    FormatAt(0, pchFormat, argList);
+    formatting::print_at(m_pchData, 0, pchFormat, argList);
 }
 
 void WString::AppendFormat(const char16_t* pchFormat, ...) {
@@ -813,28 +683,7 @@ void WString::AppendFormat(const char16_t* pchFormat, ...) {
 }
 
 void WString::AppendFormatV(const char16_t* pchFormat, va_list argList) {
-    FormatAt(GetLength(), pchFormat, argList);
-}
-
-/// Prints behind the first `nIndex` units: first beside the object, which a short text has to be
-/// only once. A text that the allowance does not cover gets exactly its room.
-void WString::FormatAt(int nIndex, const char16_t* pchFormat, va_list argList) {
-    char16_t szShort[512];
-    const int nShort = sizeof(szShort) / sizeof(char16_t) - 1;
-    platform::Rehearsal print;
-    platform::rehearse(szShort, nShort, pchFormat, argList, print);
-    const int nLen = std::max(print.allowance, print.length);
-    GetBuffer(checked_length(static_cast<long long>(nIndex) + nLen));
-    if (print.length > nShort) {
-        platform::_vswprintf(m_pchData + nIndex, GetAllocLength() - nIndex, pchFormat, argList);
-    } else if (print.length > 0) {
-        copy_units(m_pchData + nIndex, szShort, print.length + 1);
-    }
-    const char16_t* pchFront = m_pchData;
-    const char16_t* pchPrint = m_pchData + nIndex;
-    // A NUL ends the text, also one that stands in front of what was printed.
-    const char16_t* pchEnd = platform::find_unit(pchFront, pchPrint, u'\0');
-    SetLength(pchEnd != pchPrint ? distance(pchFront, pchEnd) : nIndex + print.ending);
+    formatting::print_at(m_pchData, GetLength(), pchFormat, argList);
 }
 
 WString WString::FromFormat(const char16_t* pchFormat, ...) {
@@ -871,9 +720,7 @@ double WString::Double() const {
 /// The capacities of numbers are those of the formats "%d" and "%g".
 WString WString::FromDigits(int nLen, const char16_t* pchDigits, int nCapacity) {
     WString text;
-    text.AllocBuffer(nCapacity);
-    copy_units(text.m_pchData, pchDigits, nLen);
-    text.SetLength(nLen);
+    storage::with_capacity(text.m_pchData, pchDigits, nLen, nCapacity);
     return text;
 }
 
@@ -923,13 +770,8 @@ int WString::CompareNoCase(const char16_t* pchText) const {
 }
 
 WString WString::Elements(int nFirst, int nLast, char16_t chDelimiter) const {
-    const fields::Run<char16_t> run =
-        fields::find<char16_t>(m_pchData, m_pchData + GetLength(), nFirst, nLast, chDelimiter);
-    const int nText = distance(run.first, run.last);
     WString erg;
-    erg.AllocBuffer(checked_length(nText + run.padding));
-    copy_units(erg.m_pchData, run.first, nText);
-    std::fill_n(erg.m_pchData + nText, run.padding, chDelimiter);
+    fields::take(erg.m_pchData, m_pchData, nFirst, nLast, chDelimiter);
     return erg;
 }
 
@@ -960,120 +802,47 @@ Kelm WString::ToKelm(unsigned int nCodePage) const {
 }
 
 void WString::Init() {
-    m_pchData = WStringPchNil;
+    storage::init(m_pchData);
 }
 
 void WString::AllocBuffer(int nLen) {
-    require(nLen >= 0, "nLen >= 0");
-    require(nLen <= INT_MAX - 1, "nLen <= INT_MAX-1");
-    if (nLen == 0) {
-        Init();
-        return;
-    }
-    WStringData* pData = blocks::allocate<WStringData, char16_t>(nLen);
-    pData->nRefs = 1;
-    pData->nDataLength = nLen;
-    pData->nAllocLength = nLen;
-    m_pchData = reinterpret_cast<char16_t*>(pData + 1);
-    m_pchData[nLen] = u'\0';
+    storage::alloc(m_pchData, nLen);
 }
 
-/// Not inlined: next to `Init` the compiler takes the static empty block for one to be freed.
-__attribute__((noinline)) void WString::FreeData(WStringData* pData) {
-    ::operator delete[](pData);
+void WString::FreeData(WStringData* pData) {
+    blocks::give_back(pData);
 }
 
 void WString::Release(WStringData* pData) {
-    if (pData == WStringDataNil) {
-        return;
-    }
-    require(refs(pData) != 0, "pData->nRefs != 0");
-    if (blocks::drop_ref(pData) <= 0) {
-        FreeData(pData);
-    }
+    blocks::release<char16_t>(pData);
 }
 
 void WString::CopyBeforeWrite() {
-    WStringData* pData = GetData();
-    if (refs(pData) > 1) {
-        const char16_t* pchOld = m_pchData;
-        AllocBuffer(pData->nDataLength);
-        copy_units(m_pchData, pchOld, pData->nDataLength);
-        Release(pData);
-    }
-    require(refs(GetData()) <= 1, "GetData ()->nRefs <= 1");
+    storage::copy_before_write(m_pchData);
 }
 
 void WString::AllocBeforeWrite(int nLen) {
-    if (refs(GetData()) > 1 || nLen > GetAllocLength()) {
-        Release();
-        AllocBuffer(nLen);
-    }
-    require(refs(GetData()) <= 1, "GetData ()->nRefs <= 1");
+    storage::alloc_before_write(m_pchData, nLen);
 }
 
 void WString::AssignCopy(int nLen, const char16_t* pchText) {
-    // Part of the value's own text has to outlive the reference that is given up first.
-    WString hold;
-    if (refs(GetData()) > 1 && blocks::points_into(pchText, m_pchData, GetLength())) {
-        hold = *this;
-    }
-    AllocBeforeWrite(nLen);
-    move_units(m_pchData, pchText, nLen);
-    SetLength(nLen);
+    storage::assign_copy(m_pchData, nLen, pchText);
 }
 
 void WString::AllocCopy(WString& dest, int nCopyLen, int nCopyIndex, int nExtraLen) const {
-    const int nLen = checked_length(static_cast<long long>(nCopyLen) + nExtraLen);
-    if (nLen == 0) {
-        dest.Init();
-        return;
-    }
-    dest.AllocBuffer(nLen);
-    copy_units(dest.m_pchData, m_pchData + nCopyIndex, nCopyLen);
+    storage::alloc_copy<char16_t>(dest.m_pchData, m_pchData + nCopyIndex, nCopyLen, nExtraLen);
 }
 
 void WString::MoveAssign(WString& stringSrc) {
-    Release();
-    m_pchData = stringSrc.m_pchData;
-    stringSrc.Init();
+    storage::move_assign(m_pchData, stringSrc.m_pchData);
 }
 
 void WString::ConcatCopy(int nLen1, const char16_t* pch1, int nLen2, const char16_t* pch2) {
-    const int nLen = checked_length(static_cast<long long>(nLen1) + nLen2);
-    if (nLen == 0) {
-        return;
-    }
-    AllocBuffer(nLen);
-    copy_units(m_pchData, pch1, nLen1);
-    copy_units(m_pchData + nLen1, pch2, nLen2);
+    storage::concat_copy(m_pchData, nLen1, pch1, nLen2, pch2);
 }
 
 void WString::ConcatInPlace(int nLen, const char16_t* pchText) {
-    if (nLen == 0) {
-        return;
-    }
-    WStringData* pData = GetData();
-    if (refs(pData) > 1 || nLen > pData->nAllocLength - pData->nDataLength) {
-        ConcatCopy(pData->nDataLength, m_pchData, nLen, pchText);
-        require(pData != nullptr, "pData != NULL");
-        Release(pData);
-        return;
-    }
-    char16_t* pchEnd = m_pchData + pData->nDataLength;
-    if (nLen == 1) {
-        pchEnd[0] = pchText[0];
-    } else if (nLen == 2) {
-        pchEnd[0] = pchText[0];
-        pchEnd[1] = pchText[1];
-    } else {
-        copy_units(pchEnd, pchText, nLen);
-    }
-    pData->nDataLength += nLen;
-    require(pData->nDataLength <= pData->nAllocLength,
-            nLen > 2 ? "GetData ()->nDataLength <= GetData ()->nAllocLength"
-                     : "pData->nDataLength <= pData->nAllocLength");
-    m_pchData[pData->nDataLength] = u'\0';
+    storage::concat_in_place(m_pchData, nLen, pchText);
 }
 
 int WString::GetFormattedLength(const char16_t* pchFormat, va_list argList) {
@@ -1093,14 +862,8 @@ WString WString::_FromCodePage(const char* pchText, int nLength, unsigned int nC
     return text;
 }
 
-/// The static empty block holds length 0 and a NUL already; a store would race with other threads.
 void WString::SetLength(int nLen) {
-    WStringData* pData = GetData();
-    if (pData == WStringDataNil) {
-        return;
-    }
-    pData->nDataLength = nLen;
-    m_pchData[nLen] = u'\0';
+    storage::set_length(m_pchData, nLen);
 }
 
 WString WString::Join(int nLen1, const char16_t* pch1, int nLen2, const char16_t* pch2) {
@@ -1122,11 +885,11 @@ WString operator+(char16_t ch, const WString& string) {
 }
 
 WString operator+(const WString& string, const char16_t* pchText) {
-    return WString::Join(string.GetLength(), string, text_length(pchText), pchText);
+    return WString::Join(string.GetLength(), string, length_of(pchText), pchText);
 }
 
 WString operator+(const char16_t* pchText, const WString& string) {
-    return WString::Join(text_length(pchText), pchText, string.GetLength(), string);
+    return WString::Join(length_of(pchText), pchText, string.GetLength(), string);
 }
 
 WString operator+(const WString& string, const char* pchText) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "search/scan.h"
+#include "storage.h"
 
 /// Delimited text as ranges, for both classes.
 namespace fields {
@@ -63,6 +64,17 @@ Run<Unit> find(const Unit* first, const Unit* last, int nFirst, int nLast,
         return {start, end - 1, 0};
     }
     return {start, last, nElements - 1};
+}
+
+/// `text`, which is new, becomes the run of elements of `source`.
+template <class Unit>
+void take(Unit*& text, const Unit* source, int first, int last, Unit delimiter) {
+    const Run<Unit> run =
+        find<Unit>(source, source + storage::length(source), first, last, delimiter);
+    const int count = storage::distance(run.first, run.last);
+    storage::alloc(text, storage::checked_length(count + run.padding));
+    storage::copy_units(text, run.first, count);
+    std::fill_n(text + count, run.padding, delimiter);
 }
 
 }  // namespace fields
