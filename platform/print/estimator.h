@@ -6,7 +6,6 @@
 #include <type_traits>
 
 #include "print/syntax.h"
-#include "print/text_length.h"
 
 namespace platform {
 
@@ -22,7 +21,7 @@ public:
     void PlainInteger(int) { allowance_ += kInteger; }
 
     void PlainText(const Unit* text) {
-        AddPlainText(text != nullptr ? length_of(text) : kNullTextLength);
+        AddPlainText(text != nullptr ? length_of(text) : kNullText.size());
     }
 
     /// Of a plain text that is measured already.
@@ -58,7 +57,6 @@ public:
 
 private:
     static constexpr bool kIsWide = std::is_same<Unit, char16_t>::value;
-    static constexpr std::size_t kNullTextLength = 6;
     static constexpr long long kInteger = 32;
     static constexpr long long kScientific = 128;
     static constexpr long long kFixed = 312;
@@ -75,7 +73,7 @@ private:
     }
 
     static long long LengthOfText(const Conversion& conversion) {
-        std::size_t length = kNullTextLength;
+        std::size_t length = kNullText.size();
         if (conversion.pointer != nullptr) {
             length = conversion.isWide ? Measure(conversion.WideText(), conversion.precision)
                                        : Measure(conversion.NarrowText(), conversion.precision);

@@ -28,86 +28,45 @@ FloatText::FloatText(double magnitude, char letter, int precision, bool keepsZer
         return;
     }
     if (letter == 'f') {
-        SetFixed(magnitude, precision);
+        Set(magnitude, std::chars_format::fixed, precision);
     } else if (letter == 'e') {
-        SetScientific(SetDigits(magnitude, precision + 1LL), 'e');
+        Set(magnitude, std::chars_format::scientific, precision);
+    } else if (keepsZeros) {
+        SetGeneral(magnitude, std::max(precision, 1));
     } else {
-        const int count = std::max(precision, 1);
-        const int tens = SetDigits(magnitude, count);
-        if (!keepsZeros) {
-            DropZeros();
-        }
-        SetGeneral(tens, count, letter == 'G' ? 'E' : 'e');
+        Set(magnitude, std::chars_format::general, precision);
+        zeros = 0;
+    }
+    if (letter == 'G' && !exponent.empty()) {
+        buffer_[exponent.data() - buffer_] = 'E';
     }
     hasPoint = keepsZeros || zeros != 0 || !fraction.empty();
 }
 
-void FloatText::SetFixed(double magnitude, int precision) noexcept {
-    const int digits = std::min(precision, kMaxDigits);
-    const char* end =
-        std::to_chars(buffer_, std::end(buffer_), magnitude, std::chars_format::fixed, digits).ptr;
-    const char* point = digits == 0 ? end : end - digits - 1;
-    whole = {buffer_, static_cast<std::size_t>(point - buffer_)};
-    fraction = {end - digits, static_cast<std::size_t>(digits)};
+/// The digits that can be other than 0, in slices of what the standard library prints.
+void FloatText::Set(double magnitude, std::chars_format format, long long precision) noexcept {
+    const int digits = static_cast<int>(std::min<long long>(precision, kMaxDigits));
+    const char* end = std::to_chars(buffer_, std::end(buffer_), magnitude, format, digits).ptr;
+    std::string_view text(buffer_, static_cast<std::size_t>(end - buffer_));
+    const std::size_t front = std::min(text.find('e'), text.size());
+    exponent = text.substr(front);
+    text = text.substr(0, front);
+    const std::size_t point = std::min(text.find('.'), text.size());
+    whole = text.substr(0, point);
+    fraction = text.substr(std::min(point + 1, text.size()));
     zeros = static_cast<std::size_t>(precision - digits);
 }
 
-/// Sets the first digits; the result is the power of ten that the first of them counts.
-int FloatText::SetDigits(double magnitude, long long count) noexcept {
-    const int digits = static_cast<int>(std::min<long long>(count, kMaxDigits));
-    zeros = static_cast<std::size_t>(count - digits);
-    char* const first = buffer_ + kFront;
-    const char* end = std::to_chars(first, std::end(buffer_), magnitude,
-                                    std::chars_format::scientific, digits - 1)
-                          .ptr;
-    // The first digit takes the place of the point, if there is one.
-    const int point = digits == 1 ? 0 : 1;
-    first[point] = first[0];
-    digits_ = {first + point, static_cast<std::size_t>(digits)};
-    const char* sign = digits_.data() + digits + 1;
+/// With all zeros, of which the standard library has no form: the power of ten of the first digit
+/// says which of the other two it is.
+void FloatText::SetGeneral(double magnitude, long long precision) noexcept {
+    Set(magnitude, std::chars_format::scientific, precision - 1);
     int tens = 0;
-    std::from_chars(sign + 1, end, tens);
-    return *sign == '-' ? -tens : tens;
-}
-
-void FloatText::DropZeros() noexcept {
-    const std::size_t last = digits_.find_last_not_of('0');
-    digits_ = digits_.substr(0, last == std::string_view::npos ? 1 : last + 1);
-    zeros = 0;
-}
-
-void FloatText::SetScientific(int tens, char letter) noexcept {
-    whole = digits_.substr(0, 1);
-    fraction = digits_.substr(1);
-    const auto size = static_cast<unsigned>(std::abs(tens));
-    char* p = exponent_;
-    *p++ = letter;
-    *p++ = tens < 0 ? '-' : '+';
-    if (size >= 100) {
-        *p++ = static_cast<char>('0' + size / 100);
+    std::from_chars(exponent.data() + 2, exponent.data() + exponent.size(), tens);
+    tens = exponent[1] == '-' ? -tens : tens;
+    if (tens >= -4 && tens < precision) {
+        Set(magnitude, std::chars_format::fixed, precision - 1 - tens);
     }
-    *p++ = static_cast<char>('0' + size / 10 % 10);
-    *p++ = static_cast<char>('0' + size % 10);
-    exponent = {exponent_, static_cast<std::size_t>(p - exponent_)};
-}
-
-void FloatText::SetGeneral(int tens, int precision, char letter) noexcept {
-    if (tens < -4 || tens >= precision) {
-        SetScientific(tens, letter);
-        return;
-    }
-    if (tens < 0) {
-        const auto count = static_cast<std::size_t>(-tens - 1);
-        char* const first = buffer_ + (digits_.data() - buffer_) - count;
-        std::fill_n(first, count, '0');
-        whole = "0";
-        fraction = {first, count + digits_.size()};
-        return;
-    }
-    // Zeros dropped in front of the point are still there.
-    const auto count = static_cast<std::size_t>(tens) + 1;
-    whole = {digits_.data(), count};
-    fraction = digits_.substr(std::min(count, digits_.size()));
 }
 
 template <>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <charconv>
 #include <climits>
 #include <cstddef>
 #include <string_view>
@@ -29,17 +30,11 @@ private:
     // the first digit.
     static constexpr int kMaxDigits = 1074;
     static constexpr int kMaxWhole = 309;
-    static constexpr int kFront = 8;  // for zeros in front of the digits
 
-    void SetFixed(double magnitude, int precision) noexcept;
-    int SetDigits(double magnitude, long long count) noexcept;
-    void SetScientific(int tens, char letter) noexcept;
-    void SetGeneral(int tens, int precision, char letter) noexcept;
-    void DropZeros() noexcept;
+    void Set(double magnitude, std::chars_format format, long long precision) noexcept;
+    void SetGeneral(double magnitude, long long precision) noexcept;
 
-    std::string_view digits_;
-    char exponent_[5];
-    char buffer_[kMaxWhole + 1 + kMaxDigits + kFront];
+    char buffer_[kMaxWhole + 1 + kMaxDigits];
 };
 
 /// The decimal point of the thread's locale, looked up when the first number needs it.

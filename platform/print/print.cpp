@@ -9,13 +9,10 @@
 #include "print/sink.h"
 #include "print/syntax.h"
 #include "print/text.h"
-#include "print/text_length.h"
 
 namespace platform {
 
 namespace {
-
-constexpr std::string_view kNullText = "(null)";
 
 std::size_t padding(const Conversion& conversion, std::size_t length) {
     const std::size_t width = static_cast<std::size_t>(conversion.width);
@@ -285,7 +282,23 @@ void rehearse_format(Unit* destination, int capacity, const Unit* format, va_lis
     rehearser.Finish(result);
 }
 
+template <class Unit>
+int estimate_format(const Unit* format, va_list arguments) {
+    ProcessPage page;
+    Estimator<Unit> estimator;
+    walk_format(format, arguments, page, estimator);
+    return estimator.Result();
+}
+
 }  // namespace
+
+int estimate(const char* format, va_list arguments) {
+    return estimate_format(format, arguments);
+}
+
+int estimate(const char16_t* format, va_list arguments) {
+    return estimate_format(format, arguments);
+}
 
 int vsprintf(char* destination, int capacity, const char* format, va_list arguments) {
     return print(destination, capacity, format, arguments);

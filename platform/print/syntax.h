@@ -12,10 +12,35 @@
 #include "multibyte/multibyte.h"
 #include "numbers.h"
 #include "pages/code_pages.h"
+#include "wide/wide.h"
 
 /// The syntax of the format language. The estimate and the print of both widths read a format and
 /// take its arguments through `walk_format`, so that they cannot drift apart.
 namespace platform {
+
+/// What a null text prints as.
+inline constexpr std::string_view kNullText = "(null)";
+
+inline std::size_t length_of(const char* text) noexcept {
+    return std::strlen(text);
+}
+
+inline std::size_t length_of(const char16_t* text) noexcept {
+    return wcslen(text);
+}
+
+/// At most `limit`; nothing behind that is read.
+inline std::size_t bounded_length(const char* text, std::size_t limit) noexcept {
+    return ::strnlen(text, limit);
+}
+
+inline std::size_t bounded_length(const char16_t* text, std::size_t limit) noexcept {
+    std::size_t length = 0;
+    while (length < limit && text[length] != u'\0') {
+        ++length;
+    }
+    return length;
+}
 
 /// The process's code page, looked up at the first use and not before: most formats never need it.
 /// Whoever may disturb `errno` needs it too, so it also puts that back.

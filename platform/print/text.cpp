@@ -7,7 +7,7 @@
 #include "pages/conversion.h"
 #include "pages/decode_table.h"
 #include "pages/utf8_walk.h"
-#include "print/text_length.h"
+#include "print/syntax.h"
 
 namespace platform {
 
