@@ -15,6 +15,7 @@
 #include "multibyte/multibyte.h"
 #include "multibyte/single_bytes.h"
 #include "numbers.h"
+#include "order.h"
 #include "pages/code_pages.h"
 #include "pages/conversion.h"
 #include "print/print.h"
@@ -201,11 +202,6 @@ bool read_bool(const char* pchText, int nLen) {
 /// Where the text goes on behind a tab at this column; there are no stops at a width of 0 or less.
 long long tab_stop(long long nColumn, int nWidth) {
     return nWidth <= 0 ? nColumn : nColumn + nWidth - nColumn % nWidth;
-}
-
-/// Both texts end at their first NUL, so in every code page they are equal when their bytes are.
-bool equal_texts(const char* pchText, const char* pchOther) {
-    return pchOther != nullptr && std::strcmp(pchText, pchOther) == 0;
 }
 
 float score(const char* pchText, int nLen, const char* pchOther, int nOther) {
@@ -1288,16 +1284,20 @@ int Kelm::Compare(const char* pchText) const {
     if (pchText == nullptr) {
         return 1;
     }
-    // Equal bytes are equal in every code page, and the answer most often wanted.
-    if (std::strcmp(m_pchData, pchText) == 0) {
-        return 0;
-    }
-    return platform::_mbscmp(*platform::process_code_page(), m_pchData, pchText);
+    return order::compare<char>(m_pchData, GetLength(), pchText, [&] {
+        // Equal bytes are equal in every code page, so that it need not be asked for.
+        return std::strcmp(m_pchData, pchText) == 0
+                   ? 0
+                   : platform::_mbscmp(*platform::process_code_page(), m_pchData, pchText);
+    });
 }
 
 int Kelm::CompareNoCase(const char* pchText) const {
     if (pchText == nullptr) {
         return 1;
+    }
+    if (pchText == m_pchData) {
+        return 0;
     }
     return platform::_mbsicmp(*platform::process_code_page(), m_pchData, pchText);
 }
@@ -1490,27 +1490,27 @@ Kelm operator+(const char* pchText, const Kelm& string) {
 }
 
 bool operator==(const Kelm& string1, const Kelm& string2) {
-    return equal_texts(string1, string2);
+    return order::equal<char>(string1, string1.GetLength(), string2, string2.GetLength());
 }
 
 bool operator==(const Kelm& string, const char* pchText) {
-    return equal_texts(string, pchText);
+    return order::equal<char>(string, pchText);
 }
 
 bool operator==(const char* pchText, const Kelm& string) {
-    return equal_texts(string, pchText);
+    return order::equal<char>(string, pchText);
 }
 
 bool operator!=(const Kelm& string1, const Kelm& string2) {
-    return !equal_texts(string1, string2);
+    return !order::equal<char>(string1, string1.GetLength(), string2, string2.GetLength());
 }
 
 bool operator!=(const Kelm& string, const char* pchText) {
-    return !equal_texts(string, pchText);
+    return !order::equal<char>(string, pchText);
 }
 
 bool operator!=(const char* pchText, const Kelm& string) {
-    return !equal_texts(string, pchText);
+    return !order::equal<char>(string, pchText);
 }
 
 bool operator<(const Kelm& string1, const Kelm& string2) {

@@ -8,6 +8,7 @@
 #include "formatting.h"
 #include "growth.h"
 #include "numbers.h"
+#include "order.h"
 #include "pages/conversion.h"
 #include "print/print.h"
 #include "search/scan.h"
@@ -122,11 +123,6 @@ bool read_bool(const char16_t* pchText, int nLen) {
     }
     return equals_word(pchText, u"true") || equals_word(pchText, u"on") ||
            equals_word(pchText, u"yes");
-}
-
-/// Both texts end at their first NUL.
-bool equal_texts(const char16_t* pchText, const char16_t* pchOther) {
-    return pchOther != nullptr && platform::wcscmp(pchText, pchOther) == 0;
 }
 
 }  // namespace
@@ -759,12 +755,16 @@ int WString::Compare(const char16_t* pchText) const {
     if (pchText == nullptr) {
         return 1;
     }
-    return platform::wcscmp(m_pchData, pchText);
+    return order::compare<char16_t>(m_pchData, GetLength(), pchText,
+                                    [&] { return platform::wcscmp(m_pchData, pchText); });
 }
 
 int WString::CompareNoCase(const char16_t* pchText) const {
     if (pchText == nullptr) {
         return 1;
+    }
+    if (pchText == m_pchData) {
+        return 0;
     }
     return platform::_wcsicmp(m_pchData, pchText);
 }
@@ -901,27 +901,27 @@ WString operator+(const WString& string1, const Kelm& string2) {
 }
 
 bool operator==(const WString& string1, const WString& string2) {
-    return equal_texts(string1, string2);
+    return order::equal<char16_t>(string1, string1.GetLength(), string2, string2.GetLength());
 }
 
 bool operator==(const WString& string, const char16_t* pchText) {
-    return equal_texts(string, pchText);
+    return order::equal<char16_t>(string, pchText);
 }
 
 bool operator==(const char16_t* pchText, const WString& string) {
-    return equal_texts(string, pchText);
+    return order::equal<char16_t>(string, pchText);
 }
 
 bool operator!=(const WString& string1, const WString& string2) {
-    return !equal_texts(string1, string2);
+    return !order::equal<char16_t>(string1, string1.GetLength(), string2, string2.GetLength());
 }
 
 bool operator!=(const WString& string, const char16_t* pchText) {
-    return !equal_texts(string, pchText);
+    return !order::equal<char16_t>(string, pchText);
 }
 
 bool operator!=(const char16_t* pchText, const WString& string) {
-    return !equal_texts(string, pchText);
+    return !order::equal<char16_t>(string, pchText);
 }
 
 bool operator<(const WString& string1, const WString& string2) {
