@@ -1,6 +1,9 @@
 add_library(kelm_warnings INTERFACE)
 target_compile_options(kelm_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
     $<$<BOOL:${KELM_WERROR}>:-Werror>)
+# Vectors pass between inline functions only, so it does not matter how a processor without vector
+# registers would hand them over.
+target_compile_options(kelm_warnings INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-psabi>)
 
 # The whole tree is instrumented or none of it: a sanitizer misses what passes through plain code.
 set(KELM_INSTRUMENT "" CACHE STRING "\"coverage\", or sanitizers as -fsanitize takes them")

@@ -11,7 +11,20 @@ install(EXPORT kelm FILE KelmConfig.cmake NAMESPACE kelm:: DESTINATION ${KELM_CM
 write_basic_package_version_file(KelmConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/KelmConfigVersion.cmake DESTINATION ${KELM_CMAKE_DIR})
 
-cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY
-    ${CMAKE_INSTALL_PREFIX}/${KELM_PKGCONFIG_DIR} OUTPUT_VARIABLE KELM_PREFIX_FROM_PC)
+# By its own place where that is below the prefix, so that what was installed can be moved.
+foreach(folder LIBDIR INCLUDEDIR)
+    if(IS_ABSOLUTE "${CMAKE_INSTALL_${folder}}")
+        set(KELM_PC_${folder} ${CMAKE_INSTALL_${folder}})
+    else()
+        set(KELM_PC_${folder} "\${prefix}/${CMAKE_INSTALL_${folder}}")
+    endif()
+endforeach()
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+    set(KELM_PC_PREFIX ${CMAKE_INSTALL_PREFIX})
+else()
+    cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY
+        ${CMAKE_INSTALL_PREFIX}/${KELM_PKGCONFIG_DIR} OUTPUT_VARIABLE KELM_PC_PREFIX)
+    set(KELM_PC_PREFIX "\${pcfiledir}/${KELM_PC_PREFIX}")
+endif()
 configure_file(cmake/kelm.pc.in kelm.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kelm.pc DESTINATION ${KELM_PKGCONFIG_DIR})
