@@ -54,7 +54,7 @@ void check(bool holds) {
 template <class Text>
 void check_invariants(const Text& text) {
     check(text.GetLength() >= 0 && text.GetLength() <= text.GetAllocLength());
-    check(text[text.GetLength()] == 0 && text.IsEmpty() == (text.GetLength() == 0));
+    check(text.GetAt(text.GetLength()) == 0 && text.IsEmpty() == (text.GetLength() == 0));
     check(text.GetByteLength() == text.GetLength() * static_cast<int>(sizeof(text[0])));
 }
 

@@ -78,11 +78,49 @@
 
 #include <cstdarg>
 #include <cstdint>
+#include <type_traits>
+#if defined(__cpp_impl_three_way_comparison) && defined(__has_include)
+#if __has_include(<compare>)
+#include <compare>
+#endif
+#endif
 
 /// Marks what the library exports.
 #define KELM_API __attribute__((visibility("default")))
 /// Marks what an exported class keeps to itself.
 #define KELM_LOCAL __attribute__((visibility("hidden")))
+
+/// Says of a parameter that the result lives no longer than it, where the compiler can warn of
+/// that.
+#if defined(__has_cpp_attribute)
+#if __has_cpp_attribute(clang::lifetimebound)
+#define KELM_LIFETIMEBOUND [[clang::lifetimebound]]
+#endif
+#endif
+#ifndef KELM_LIFETIMEBOUND
+#define KELM_LIFETIMEBOUND
+#endif
+
+/// Says of a member that its result is all it does, where the language can warn of that.
+#if __cplusplus >= 201703L
+#define KELM_NODISCARD [[nodiscard]]
+#else
+#define KELM_NODISCARD
+#endif
+
+/// @cond
+/// `type` where one of the arguments is an object, which the print could not read.
+template <class... Arguments>
+struct KelmIfObject {};
+
+template <class First, class... Rest>
+struct KelmIfObject<First, Rest...>
+    : std::conditional<std::is_class<First>::value || std::is_union<First>::value,
+                       std::enable_if<true>, KelmIfObject<Rest...>>::type {};
+/// @endcond
+
+/// How many values share a block at most. A copy beyond that has a block of its own.
+static constexpr std::uint32_t KelmMostRefs = 1U << 30;
 
 /// Header of a narrow block; the characters lie directly behind it.
 struct KelmData {
@@ -107,13 +145,15 @@ public:
     /// @{
 
     /// The empty text. No allocation.
-    Kelm();
+    Kelm() noexcept;
 
     /// Shares the block of `stringSrc`: one atomic increment. A locked source is copied up to its
-    /// first NUL instead.
+    /// first NUL instead, one that 2^30 values share already as a whole.
     Kelm(const Kelm& stringSrc) {
         KelmData* pData = stringSrc.GetData();
-        if (__atomic_load_n(&pData->nRefs, __ATOMIC_ACQUIRE) > 0) {
+        // In one comparison: neither locked or empty nor held so often that the count could end.
+        const std::int32_t nRefs = __atomic_load_n(&pData->nRefs, __ATOMIC_ACQUIRE);
+        if (static_cast<std::uint32_t>(nRefs) - 1U < KelmMostRefs - 1U) {
             __atomic_add_fetch(&pData->nRefs, 1, __ATOMIC_SEQ_CST);
             m_pchData = stringSrc.m_pchData;
             return;
@@ -182,31 +222,31 @@ public:
     /// @{
 
     /// Length in bytes, terminator not counted.
-    int GetLength() const { return GetData()->nDataLength; }
+    int GetLength() const noexcept { return GetData()->nDataLength; }
 
     /// Capacity in bytes, terminator not counted.
-    int GetAllocLength() const { return GetData()->nAllocLength; }
+    int GetAllocLength() const noexcept { return GetData()->nAllocLength; }
 
     /// Bytes of the text without its terminator.
-    int GetByteLength() const { return GetData()->nDataLength; }
+    int GetByteLength() const noexcept { return GetData()->nDataLength; }
 
     /// Whether the length is 0.
-    bool IsEmpty() const { return GetData()->nDataLength == 0; }
+    bool IsEmpty() const noexcept { return GetData()->nDataLength == 0; }
 
     /// The terminated text, never null. Good until the value is modified or destroyed.
-    const char* constBuffer() const { return m_pchData; }
+    const char* constBuffer() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
 
     /// The same as `constBuffer`.
-    operator const char*() const { return m_pchData; }
+    operator const char*() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
 
     /// The byte at an index from 0 to the length, where the terminator stands. Not tested.
-    char GetAt(int nIndex) const { return m_pchData[nIndex]; }
+    char GetAt(int nIndex) const noexcept { return m_pchData[nIndex]; }
 
     /// The same as `GetAt`; a value, not a reference.
-    char operator[](int nIndex) const { return GetAt(nIndex); }
+    char operator[](int nIndex) const noexcept { return GetAt(nIndex); }
 
     /// The first byte, NUL in an empty text.
-    char Char() const { return *m_pchData; }
+    char Char() const noexcept { return *m_pchData; }
 
     /// Stores one byte. Asserts that the index is within the text. A shared block is left first.
     void SetAt(int nIndex, char ch);
@@ -219,7 +259,7 @@ public:
     /// terminator; asserts that this is not negative. A shared block is left, one that is too small
     /// is replaced (a lock ends then), any other is kept. Text and length stay. Call
     /// `ReleaseBuffer` when the writing is done, and nothing else in between.
-    char* GetBuffer(int nMinBufLength);
+    char* GetBuffer(int nMinBufLength) KELM_LIFETIMEBOUND;
 
     /// Sets the length after writing; -1 measures up to the first NUL. Asserts that the length is
     /// within the capacity, which stays.
@@ -227,7 +267,7 @@ public:
 
     /// `GetBuffer` and the length in one. Bytes between the old length and the new one are
     /// undefined.
-    char* GetBufferSetLength(int nNewLength);
+    char* GetBufferSetLength(int nNewLength) KELM_LIFETIMEBOUND;
 
     /// Gives spare capacity back by moving to a block of exactly the length; a lock ends then. Does
     /// nothing without spare capacity.
@@ -236,7 +276,7 @@ public:
     /// A writable pointer to a block that is not shared from now on: copies of the value are made
     /// by copying the text. The pointer stays good until the lock ends: by `UnlockBuffer`,
     /// `Release`, a move, or an operation that needs more capacity. Locks are not counted.
-    char* LockBuffer();
+    char* LockBuffer() KELM_LIFETIMEBOUND;
 
     /// Ends the lock. Asserts that the value is locked or has no block.
     void UnlockBuffer();
@@ -269,19 +309,19 @@ public:
 
     /// First character that is this byte, at or behind `nStart`. NUL is found at the end of a text
     /// that is not empty. A negative start counts as 0.
-    int Find(char ch, int nStart) const;
-    int Find(char ch) const;  ///< The same from 0.
+    int Find(char ch, int nStart) const noexcept;
+    int Find(char ch) const noexcept;  ///< The same from 0.
 
     /// First occurrence of the text at or behind `nStart`. An empty text is found at the start, up
     /// to the length. A negative start counts as 0.
-    int Find(const char* pchText, int nStart) const;
-    int Find(const char* pchText) const;  ///< The same from 0.
+    int Find(const char* pchText, int nStart) const noexcept;
+    int Find(const char* pchText) const noexcept;  ///< The same from 0.
 
     /// Last character that is this byte; NUL is found at the end.
-    int ReverseFind(char ch) const;
+    int ReverseFind(char ch) const noexcept;
 
     /// First character that occurs in the set.
-    int FindOneOf(const char* pchSet) const;
+    int FindOneOf(const char* pchSet) const noexcept;
 
     /// First character that is this byte, both upper-cased.
     int NCFind(char ch) const;
@@ -291,7 +331,7 @@ public:
     int NCFind(const char* pchText) const;
 
     /// Bytes equal to `ch` in the whole text, those inside longer characters and NULs included.
-    int Count(char ch) const;
+    int Count(char ch) const noexcept;
 
     /// Occurrences of the text that do not overlap, from the left; 0 for an empty text.
     int Count(const char* pchText) const;
@@ -426,19 +466,30 @@ public:
 
     /// Replaces the text.
     void Format(const char* pchFormat, ...);
+    template <class... Arguments, class = typename KelmIfObject<Arguments...>::type>
+    void Format(const char* pchFormat,
+                const Arguments&...) = delete;             ///< An object is no argument.
     void FormatV(const char* pchFormat, va_list argList);  ///< As `Format`.
 
     /// Appends to the text. One that holds a NUL ends there afterwards, without what was appended.
     void AppendFormat(const char* pchFormat, ...);
-    void AppendFormatV(const char* pchFormat, va_list argList);  ///< As `AppendFormat`.
+    template <class... Arguments, class = typename KelmIfObject<Arguments...>::type>
+    void AppendFormat(const char* pchFormat, const Arguments&...) = delete;  ///< As for `Format`.
+    void AppendFormatV(const char* pchFormat, va_list argList);              ///< As `AppendFormat`.
 
     /// A new value.
     static Kelm FromFormat(const char* pchFormat, ...);
+    template <class... Arguments, class = typename KelmIfObject<Arguments...>::type>
+    static Kelm FromFormat(const char* pchFormat,
+                           const Arguments&...) = delete;  ///< As for `Format`.
 
     /// The formatted text, a tag with the error code in decimal and hexadecimal, and the system's
     /// text for the code, if it has one and that fits into 2048 bytes with the rest. Code 0 stands
     /// for `errno`.
     void FormatMsg(std::uint32_t nError, const char* pchFormat, ...);
+    template <class... Arguments, class = typename KelmIfObject<Arguments...>::type>
+    void FormatMsg(std::uint32_t nError, const char* pchFormat,
+                   const Arguments&...) = delete;  ///< As for `Format`.
 
     /// @}
     /// @name Values
@@ -448,16 +499,16 @@ public:
 
     /// With a decimal digit anywhere in the text: whether `Int` is not 0. Without one: whether the
     /// trimmed text is "true", "on" or "yes" in any case.
-    bool Bool() const;
+    bool Bool() const noexcept;
 
     /// The decimal number at the start; where that is 0, the hexadecimal one, with or without "0x".
     /// Beyond the type's range: its limit.
-    int Int() const;
-    std::int32_t Long() const;  ///< As `Int`.
-    long long Int64() const;    ///< As `Int`, with 64 bits.
+    int Int() const noexcept;
+    std::int32_t Long() const noexcept;  ///< As `Int`.
+    long long Int64() const noexcept;    ///< As `Int`, with 64 bits.
 
     /// The decimal floating-point number at the start, with the locale's decimal point.
-    double Double() const;
+    double Double() const noexcept;
 
     /// The reading member for the type: `int`, `unsigned int`, `long`, `unsigned long`, `long
     /// long`, `unsigned long long`, `double`, `float`, `bool`. Unsigned types take the same bits,
@@ -482,18 +533,18 @@ public:
     /// true. The index must lie from 0 to the length, where the terminator gives false.
     /// @{
 
-    bool IsDigit() const;            ///< Whether all bytes are decimal digits.
-    bool IsDigit(int nIndex) const;  ///< Whether this byte is a decimal digit.
-    bool IsAlNum() const;            ///< Whether all bytes are letters or digits.
-    bool IsAlNum(int nIndex) const;  ///< Whether this byte is a letter or digit.
-    bool IsAlpha() const;            ///< Whether all bytes are letters.
-    bool IsAlpha(int nIndex) const;  ///< Whether this byte is a letter.
-    bool IsUpper() const;            ///< Whether all bytes are upper-case letters.
-    bool IsUpper(int nIndex) const;  ///< Whether this byte is an upper-case letter.
-    bool IsLower() const;            ///< Whether all bytes are lower-case letters.
-    bool IsLower(int nIndex) const;  ///< Whether this byte is a lower-case letter.
-    bool IsSpace() const;            ///< Whether all bytes are white space.
-    bool IsSpace(int nIndex) const;  ///< Whether this byte is white space.
+    bool IsDigit() const noexcept;            ///< Whether all bytes are decimal digits.
+    bool IsDigit(int nIndex) const noexcept;  ///< Whether this byte is a decimal digit.
+    bool IsAlNum() const noexcept;            ///< Whether all bytes are letters or digits.
+    bool IsAlNum(int nIndex) const noexcept;  ///< Whether this byte is a letter or digit.
+    bool IsAlpha() const noexcept;            ///< Whether all bytes are letters.
+    bool IsAlpha(int nIndex) const noexcept;  ///< Whether this byte is a letter.
+    bool IsUpper() const noexcept;            ///< Whether all bytes are upper-case letters.
+    bool IsUpper(int nIndex) const noexcept;  ///< Whether this byte is an upper-case letter.
+    bool IsLower() const noexcept;            ///< Whether all bytes are lower-case letters.
+    bool IsLower(int nIndex) const noexcept;  ///< Whether this byte is a lower-case letter.
+    bool IsSpace() const noexcept;            ///< Whether all bytes are white space.
+    bool IsSpace(int nIndex) const noexcept;  ///< Whether this byte is white space.
 
     /// @}
     /// @name Comparison
@@ -503,11 +554,12 @@ public:
 
     /// By character value: bytes as unsigned numbers, longer characters above single bytes. A null
     /// pointer gives 1.
-    int Compare(const char* pchText) const;
-    int CompareNoCase(const char* pchText) const;  ///< The same with letters in lower case.
+    int Compare(const char* pchText) const noexcept;
+    int CompareNoCase(
+        const char* pchText) const noexcept;  ///< The same with letters in lower case.
 
     /// By the collation of the process's locale. The pointer must not be null.
-    int Collate(const char* pchText) const;
+    int Collate(const char* pchText) const noexcept;
     int CollateNoCase(const char* pchText) const;  ///< The same with case ignored.
 
     /// @}
@@ -538,10 +590,10 @@ public:
 
     /// Number of the first element with this text, or -1. Null is found nowhere.
     int IndexOfElement(const char* pchText, char chDelimiter) const;
-    int IndexOfElement(double dValue, char chDelimiter) const;  ///< The same by `Double`.
-    int IndexOfElement(int nValue, char chDelimiter) const;     ///< The same by `Int`.
-    int IndexOfElement(char ch, char chDelimiter) const;        ///< The same by `Char`.
-    int IndexOfElement(bool bValue, char chDelimiter) const;    ///< The same by `Bool`.
+    int IndexOfElement(double dValue, char chDelimiter) const;     ///< The same by `Double`.
+    int IndexOfElement(int nValue, char chDelimiter) const;        ///< The same by `Int`.
+    int IndexOfElement(char ch, char chDelimiter) const noexcept;  ///< The same by `Char`.
+    int IndexOfElement(bool bValue, char chDelimiter) const;       ///< The same by `Bool`.
 
     /// @}
     /// @name Character sets
@@ -560,10 +612,10 @@ protected:
     /// @{
 
     /// Points at the static empty block; what was held is dropped, not released.
-    void Init();
+    void Init() noexcept;
 
     /// The header of the block.
-    KelmData* GetData() const { return reinterpret_cast<KelmData*>(m_pchData) - 1; }
+    KelmData* GetData() const noexcept { return reinterpret_cast<KelmData*>(m_pchData) - 1; }
 
     /// A new private block of this length and capacity, its bytes undefined; the empty block for 0.
     /// What was held is dropped, not released. Asserts 0 <= `nLen` < INT_MAX.
@@ -677,24 +729,33 @@ KELM_API Kelm operator+(const char* pchText, const Kelm& string);
 /// @{
 
 /// The sign of `Kelm::Compare`, the pointer being the smaller where it is null.
-KELM_API bool operator==(const Kelm& string1, const Kelm& string2);
-KELM_API bool operator==(const Kelm& string, const char* pchText);
-KELM_API bool operator==(const char* pchText, const Kelm& string);
-KELM_API bool operator!=(const Kelm& string1, const Kelm& string2);
-KELM_API bool operator!=(const Kelm& string, const char* pchText);
-KELM_API bool operator!=(const char* pchText, const Kelm& string);
-KELM_API bool operator<(const Kelm& string1, const Kelm& string2);
-KELM_API bool operator<(const Kelm& string, const char* pchText);
-KELM_API bool operator<(const char* pchText, const Kelm& string);
-KELM_API bool operator<=(const Kelm& string1, const Kelm& string2);
-KELM_API bool operator<=(const Kelm& string, const char* pchText);
-KELM_API bool operator<=(const char* pchText, const Kelm& string);
-KELM_API bool operator>(const Kelm& string1, const Kelm& string2);
-KELM_API bool operator>(const Kelm& string, const char* pchText);
-KELM_API bool operator>(const char* pchText, const Kelm& string);
-KELM_API bool operator>=(const Kelm& string1, const Kelm& string2);
-KELM_API bool operator>=(const Kelm& string, const char* pchText);
-KELM_API bool operator>=(const char* pchText, const Kelm& string);
+KELM_API bool operator==(const Kelm& string1, const Kelm& string2) noexcept;
+KELM_API bool operator==(const Kelm& string, const char* pchText) noexcept;
+KELM_API bool operator==(const char* pchText, const Kelm& string) noexcept;
+KELM_API bool operator!=(const Kelm& string1, const Kelm& string2) noexcept;
+KELM_API bool operator!=(const Kelm& string, const char* pchText) noexcept;
+KELM_API bool operator!=(const char* pchText, const Kelm& string) noexcept;
+KELM_API bool operator<(const Kelm& string1, const Kelm& string2) noexcept;
+KELM_API bool operator<(const Kelm& string, const char* pchText) noexcept;
+KELM_API bool operator<(const char* pchText, const Kelm& string) noexcept;
+KELM_API bool operator<=(const Kelm& string1, const Kelm& string2) noexcept;
+KELM_API bool operator<=(const Kelm& string, const char* pchText) noexcept;
+KELM_API bool operator<=(const char* pchText, const Kelm& string) noexcept;
+KELM_API bool operator>(const Kelm& string1, const Kelm& string2) noexcept;
+KELM_API bool operator>(const Kelm& string, const char* pchText) noexcept;
+KELM_API bool operator>(const char* pchText, const Kelm& string) noexcept;
+KELM_API bool operator>=(const Kelm& string1, const Kelm& string2) noexcept;
+KELM_API bool operator>=(const Kelm& string, const char* pchText) noexcept;
+KELM_API bool operator>=(const char* pchText, const Kelm& string) noexcept;
+#if defined(__cpp_lib_three_way_comparison)
+/// What composites are ordered by: without it `<=>` would compare the addresses of the texts.
+inline std::weak_ordering operator<=>(const Kelm& string1, const Kelm& string2) noexcept {
+    return string1.Compare(string2) <=> 0;
+}
+inline std::weak_ordering operator<=>(const Kelm& string, const char* pchText) noexcept {
+    return string.Compare(pchText) <=> 0;
+}
+#endif
 /// @}
 
 /// Walks a narrow text and hands out its words, quoted strings, delimited fields or lines.
@@ -716,18 +777,18 @@ class KELM_API Kelm::Token {
 public:
     /// Stands on the first token of the source. With `bSkipPunctuation`, tokens that begin with
     /// punctuation are left out.
-    Token(const Kelm& strSource, bool bSkipPunctuation = false);
+    Token(const Kelm& strSource KELM_LIFETIMEBOUND, bool bSkipPunctuation = false);
 
     /// Moves to the next token; false at the end of the text.
-    bool Next();
+    bool Next() noexcept;
 
     /// The same, but only `chDelimiter`, white space and bytes from 0x80 to 0xFE end a word, and
     /// punctuation is never left out.
-    bool Next(char chDelimiter);
+    bool Next(char chDelimiter) noexcept;
 
     /// Moves to the next line; runs of CR and LF are one separator. A line that directly follows a
     /// token begins where that token began. False once the last line was handed out.
-    bool NextLine();
+    bool NextLine() noexcept;
 
     /// The token's text; empty if there is none. One allocation.
     Kelm Current() const;
@@ -735,23 +796,23 @@ public:
     Kelm operator()() const;  ///< The same as `Current`.
 
     /// Whether the end of the text has not been reached.
-    operator bool() const;
+    operator bool() const noexcept;
 
     /// Whether a token of at least one byte is in hand.
-    bool IsValid() const;
+    bool IsValid() const noexcept;
 
-    void operator++();     ///< The same as `Next`.
-    void operator++(int);  ///< The same as `Next`.
+    void operator++() noexcept;     ///< The same as `Next`.
+    void operator++(int) noexcept;  ///< The same as `Next`.
 
     /// Whether tokens that begin with punctuation are left out from the next `Next` on; the result
     /// is the old value.
-    bool SkipPunctuation(bool bSkip);
+    bool SkipPunctuation(bool bSkip) noexcept;
 
     /// Takes up the source afresh and moves to its first token.
-    void Restart();
+    void Restart() noexcept;
 
     /// Forgets the position. `Restart` begins anew.
-    void Clear();
+    void Clear() noexcept;
 
 protected:
     /// First byte at or behind `nStart` that is no white space, or -1 at the end of the text.
@@ -783,12 +844,14 @@ public:
     /// @{
 
     /// The empty text. No allocation.
-    WString();
+    WString() noexcept;
 
     /// Shares the block of `stringSrc`: one atomic increment.
     WString(const WString& stringSrc) {
         WStringData* pData = stringSrc.GetData();
-        if (__atomic_load_n(&pData->nRefs, __ATOMIC_ACQUIRE) > 0) {
+        // In one comparison: neither locked or empty nor held so often that the count could end.
+        const std::int32_t nRefs = __atomic_load_n(&pData->nRefs, __ATOMIC_ACQUIRE);
+        if (static_cast<std::uint32_t>(nRefs) - 1U < KelmMostRefs - 1U) {
             __atomic_add_fetch(&pData->nRefs, 1, __ATOMIC_SEQ_CST);
             m_pchData = stringSrc.m_pchData;
             return;
@@ -855,33 +918,33 @@ public:
     /// @{
 
     /// Length in units, terminator not counted.
-    int GetLength() const { return GetData()->nDataLength; }
+    int GetLength() const noexcept { return GetData()->nDataLength; }
 
     /// Capacity in units, terminator not counted.
-    int GetAllocLength() const { return GetData()->nAllocLength; }
+    int GetAllocLength() const noexcept { return GetData()->nAllocLength; }
 
     /// Bytes of the text without its terminator: twice the length.
-    int GetByteLength() const {
+    int GetByteLength() const noexcept {
         return GetData()->nDataLength * static_cast<int>(sizeof(char16_t));
     }
 
     /// Whether the length is 0.
-    bool IsEmpty() const { return GetData()->nDataLength == 0; }
+    bool IsEmpty() const noexcept { return GetData()->nDataLength == 0; }
 
     /// The terminated text, never null. Good until the value is modified or destroyed.
-    const char16_t* constBuffer() const { return m_pchData; }
+    const char16_t* constBuffer() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
 
     /// The same as `constBuffer`.
-    operator const char16_t*() const { return m_pchData; }
+    operator const char16_t*() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
 
     /// The unit at an index from 0 to the length, where the terminator stands. Not tested.
-    char16_t GetAt(int nIndex) const { return m_pchData[nIndex]; }
+    char16_t GetAt(int nIndex) const noexcept { return m_pchData[nIndex]; }
 
     /// The same as `GetAt`; a value, not a reference.
-    char16_t operator[](int nIndex) const { return GetAt(nIndex); }
+    char16_t operator[](int nIndex) const noexcept { return GetAt(nIndex); }
 
     /// The first unit, NUL in an empty text.
-    char16_t Char() const { return *m_pchData; }
+    char16_t Char() const noexcept { return *m_pchData; }
 
     /// Stores one unit. Asserts that the index is within the text. A shared block is left first.
     void SetAt(int nIndex, char16_t ch);
@@ -894,7 +957,7 @@ public:
     /// terminator; asserts that this is not negative. A shared block is left, one that is too small
     /// is replaced, any other is kept. Text and length stay. Call `ReleaseBuffer` when the writing
     /// is done, and nothing else in between.
-    char16_t* GetBuffer(int nMinBufLength);
+    char16_t* GetBuffer(int nMinBufLength) KELM_LIFETIMEBOUND;
 
     /// Sets the length after writing; -1 measures up to the first NUL. Asserts that the length is
     /// within the capacity, which stays.
@@ -902,7 +965,7 @@ public:
 
     /// `GetBuffer` and the length in one. Units between the old length and the new one are
     /// undefined.
-    char16_t* GetBufferSetLength(int nNewLength);
+    char16_t* GetBufferSetLength(int nNewLength) KELM_LIFETIMEBOUND;
 
     /// Gives spare capacity back by moving to a block of exactly the length. Does nothing without
     /// spare capacity.
@@ -950,19 +1013,19 @@ public:
 
     /// First unit equal to `ch` at or behind `nStart`. NUL is found at the end of a text that is
     /// not empty. A negative start counts as 0.
-    int Find(char16_t ch, int nStart) const;
-    int Find(char16_t ch) const;  ///< The same from 0.
+    int Find(char16_t ch, int nStart) const noexcept;
+    int Find(char16_t ch) const noexcept;  ///< The same from 0.
 
     /// First occurrence of the text at or behind `nStart`. An empty text is found at the start, up
     /// to the length. A negative start counts as 0.
-    int Find(const char16_t* pchText, int nStart) const;
-    int Find(const char16_t* pchText) const;  ///< The same from 0.
+    int Find(const char16_t* pchText, int nStart) const noexcept;
+    int Find(const char16_t* pchText) const noexcept;  ///< The same from 0.
 
     /// Last unit equal to `ch`; NUL is found at the end.
-    int ReverseFind(char16_t ch) const;
+    int ReverseFind(char16_t ch) const noexcept;
 
     /// First unit that occurs in the set.
-    int FindOneOf(const char16_t* pchSet) const;
+    int FindOneOf(const char16_t* pchSet) const noexcept;
 
     /// First unit equal to `ch`, both upper-cased.
     int NCFind(char16_t ch) const;
@@ -971,7 +1034,7 @@ public:
     int NCFind(const char16_t* pchText) const;
 
     /// Units equal to `ch` in the whole text, NULs included.
-    int Count(char16_t ch) const;
+    int Count(char16_t ch) const noexcept;
 
     /// Occurrences of the text that do not overlap, from the left; 0 for an empty text.
     int Count(const char16_t* pchText) const;
@@ -1060,16 +1123,16 @@ public:
 
     /// With a decimal digit anywhere in the text: whether `Int` is not 0. Without one: whether the
     /// trimmed text is "true", "on" or "yes" in any case.
-    bool Bool() const;
+    bool Bool() const noexcept;
 
     /// The decimal number at the start; where that is 0, the hexadecimal one, with or without "0x".
     /// Beyond the type's range: its limit.
-    int Int() const;
-    std::int32_t Long() const;  ///< As `Int`.
-    long long Int64() const;    ///< As `Int`, with 64 bits.
+    int Int() const noexcept;
+    std::int32_t Long() const noexcept;  ///< As `Int`.
+    long long Int64() const noexcept;    ///< As `Int`, with 64 bits.
 
     /// The decimal floating-point number at the start, with the locale's decimal point.
-    double Double() const;
+    double Double() const noexcept;
 
     /// The digits of the number. Capacity 32.
     static WString From(int nValue);
@@ -1088,8 +1151,8 @@ public:
     /// their first NUL; a null pointer gives 1. No allocation.
     /// @{
 
-    int Compare(const char16_t* pchText) const;        ///< By unsigned units.
-    int CompareNoCase(const char16_t* pchText) const;  ///< By units in lower case.
+    int Compare(const char16_t* pchText) const noexcept;        ///< By unsigned units.
+    int CompareNoCase(const char16_t* pchText) const noexcept;  ///< By units in lower case.
 
     /// @}
     /// @name Delimited fields
@@ -1127,10 +1190,10 @@ protected:
     /// @{
 
     /// Points at the static empty block; what was held is dropped, not released.
-    void Init();
+    void Init() noexcept;
 
     /// The header of the block.
-    WStringData* GetData() const { return reinterpret_cast<WStringData*>(m_pchData) - 1; }
+    WStringData* GetData() const noexcept { return reinterpret_cast<WStringData*>(m_pchData) - 1; }
 
     /// A new private block of this length and capacity, its units undefined; the empty block for 0.
     /// What was held is dropped, not released. Asserts 0 <= `nLen` < INT_MAX.
@@ -1169,11 +1232,20 @@ protected:
     /// Prints the whole text and a terminator; the result is its length.
     static int VFormat(char16_t* pchDest, const char16_t* pchFormat, va_list argList);
 
-    void Format(const char16_t* pchFormat, ...);                     ///< Replaces the text.
-    void FormatV(const char16_t* pchFormat, va_list argList);        ///< As `Format`.
-    void AppendFormat(const char16_t* pchFormat, ...);               ///< Appends to the text.
+    void Format(const char16_t* pchFormat, ...);  ///< Replaces the text.
+    template <class... Arguments, class = typename KelmIfObject<Arguments...>::type>
+    void Format(const char16_t* pchFormat,
+                const Arguments&...) = delete;                 ///< An object is no argument.
+    void FormatV(const char16_t* pchFormat, va_list argList);  ///< As `Format`.
+    void AppendFormat(const char16_t* pchFormat, ...);         ///< Appends to the text.
+    template <class... Arguments, class = typename KelmIfObject<Arguments...>::type>
+    void AppendFormat(const char16_t* pchFormat,
+                      const Arguments&...) = delete;                 ///< As for `Format`.
     void AppendFormatV(const char16_t* pchFormat, va_list argList);  ///< As `AppendFormat`.
     static WString FromFormat(const char16_t* pchFormat, ...);       ///< A new value.
+    template <class... Arguments, class = typename KelmIfObject<Arguments...>::type>
+    static WString FromFormat(const char16_t* pchFormat,
+                              const Arguments&...) = delete;  ///< As for `Format`.
 
     /// @}
 
@@ -1241,24 +1313,33 @@ WString operator+(const Kelm& string1, const WString& string2) = delete;
 /// @{
 
 /// The sign of `WString::Compare`, the pointer being the smaller where it is null.
-KELM_API bool operator==(const WString& string1, const WString& string2);
-KELM_API bool operator==(const WString& string, const char16_t* pchText);
-KELM_API bool operator==(const char16_t* pchText, const WString& string);
-KELM_API bool operator!=(const WString& string1, const WString& string2);
-KELM_API bool operator!=(const WString& string, const char16_t* pchText);
-KELM_API bool operator!=(const char16_t* pchText, const WString& string);
-KELM_API bool operator<(const WString& string1, const WString& string2);
-KELM_API bool operator<(const WString& string, const char16_t* pchText);
-KELM_API bool operator<(const char16_t* pchText, const WString& string);
-KELM_API bool operator<=(const WString& string1, const WString& string2);
-KELM_API bool operator<=(const WString& string, const char16_t* pchText);
-KELM_API bool operator<=(const char16_t* pchText, const WString& string);
-KELM_API bool operator>(const WString& string1, const WString& string2);
-KELM_API bool operator>(const WString& string, const char16_t* pchText);
-KELM_API bool operator>(const char16_t* pchText, const WString& string);
-KELM_API bool operator>=(const WString& string1, const WString& string2);
-KELM_API bool operator>=(const WString& string, const char16_t* pchText);
-KELM_API bool operator>=(const char16_t* pchText, const WString& string);
+KELM_API bool operator==(const WString& string1, const WString& string2) noexcept;
+KELM_API bool operator==(const WString& string, const char16_t* pchText) noexcept;
+KELM_API bool operator==(const char16_t* pchText, const WString& string) noexcept;
+KELM_API bool operator!=(const WString& string1, const WString& string2) noexcept;
+KELM_API bool operator!=(const WString& string, const char16_t* pchText) noexcept;
+KELM_API bool operator!=(const char16_t* pchText, const WString& string) noexcept;
+KELM_API bool operator<(const WString& string1, const WString& string2) noexcept;
+KELM_API bool operator<(const WString& string, const char16_t* pchText) noexcept;
+KELM_API bool operator<(const char16_t* pchText, const WString& string) noexcept;
+KELM_API bool operator<=(const WString& string1, const WString& string2) noexcept;
+KELM_API bool operator<=(const WString& string, const char16_t* pchText) noexcept;
+KELM_API bool operator<=(const char16_t* pchText, const WString& string) noexcept;
+KELM_API bool operator>(const WString& string1, const WString& string2) noexcept;
+KELM_API bool operator>(const WString& string, const char16_t* pchText) noexcept;
+KELM_API bool operator>(const char16_t* pchText, const WString& string) noexcept;
+KELM_API bool operator>=(const WString& string1, const WString& string2) noexcept;
+KELM_API bool operator>=(const WString& string, const char16_t* pchText) noexcept;
+KELM_API bool operator>=(const char16_t* pchText, const WString& string) noexcept;
+#if defined(__cpp_lib_three_way_comparison)
+/// What composites are ordered by: without it `<=>` would compare the addresses of the texts.
+inline std::weak_ordering operator<=>(const WString& string1, const WString& string2) noexcept {
+    return string1.Compare(string2) <=> 0;
+}
+inline std::weak_ordering operator<=>(const WString& string, const char16_t* pchText) noexcept {
+    return string.Compare(pchText) <=> 0;
+}
+#endif
 /// @}
 
 #endif

@@ -305,7 +305,7 @@ private:
 
 }  // namespace
 
-Kelm::Kelm() {
+Kelm::Kelm() noexcept {
     Init();
 }
 
@@ -454,7 +454,7 @@ Kelm& Kelm::operator<<(const char* pchText) {
     return Append(pchText);
 }
 
-int Kelm::Find(char ch, int nStart) const {
+int Kelm::Find(char ch, int nStart) const noexcept {
     nStart = std::max(nStart, 0);
     if (nStart >= GetLength()) {
         return -1;
@@ -470,11 +470,11 @@ int Kelm::Find(char ch, int nStart) const {
         platform::_mbschr(page, pchStart, m_pchData + GetLength(), static_cast<unsigned char>(ch)));
 }
 
-int Kelm::Find(char ch) const {
+int Kelm::Find(char ch) const noexcept {
     return Find(ch, 0);
 }
 
-int Kelm::Find(const char* pchText, int nStart) const {
+int Kelm::Find(const char* pchText, int nStart) const noexcept {
     nStart = std::max(nStart, 0);
     if (nStart > GetLength() || pchText == nullptr) {
         return -1;
@@ -486,11 +486,11 @@ int Kelm::Find(const char* pchText, int nStart) const {
         platform::_mbsstr(page, pchStart, m_pchData + GetLength(), pchText, std::strlen(pchText)));
 }
 
-int Kelm::Find(const char* pchText) const {
+int Kelm::Find(const char* pchText) const noexcept {
     return Find(pchText, 0);
 }
 
-int Kelm::ReverseFind(char ch) const {
+int Kelm::ReverseFind(char ch) const noexcept {
     const CodePage& page = *platform::process_code_page();
     const char* pchHit =
         platform::stands_alone(page, static_cast<unsigned char>(ch))
@@ -500,7 +500,7 @@ int Kelm::ReverseFind(char ch) const {
     return pchHit == nullptr ? -1 : distance(m_pchData, pchHit);
 }
 
-int Kelm::FindOneOf(const char* pchSet) const {
+int Kelm::FindOneOf(const char* pchSet) const noexcept {
     if (pchSet == nullptr) {
         return -1;
     }
@@ -538,7 +538,7 @@ int Kelm::NCFind(const char* pchText) const {
     return mycopy.Find(scopy);
 }
 
-int Kelm::Count(char ch) const {
+int Kelm::Count(char ch) const noexcept {
     return static_cast<int>(platform::count_unit<char>(m_pchData, m_pchData + GetLength(), ch));
 }
 
@@ -1127,25 +1127,25 @@ void Kelm::FormatMsg(std::uint32_t nError, const char* pchFormat, ...) {
     ReleaseBuffer(-1);
 }
 
-bool Kelm::Bool() const {
+bool Kelm::Bool() const noexcept {
     return read_bool(m_pchData, GetLength());
 }
 
-int Kelm::Int() const {
+int Kelm::Int() const noexcept {
     return read_int(m_pchData);
 }
 
-std::int32_t Kelm::Long() const {
+std::int32_t Kelm::Long() const noexcept {
     const std::int32_t nValue = platform::atol(m_pchData);
     return nValue != 0 ? nValue : platform::strtol(m_pchData);
 }
 
-long long Kelm::Int64() const {
+long long Kelm::Int64() const noexcept {
     const long long nValue = platform::_atoi64(m_pchData);
     return nValue != 0 ? nValue : platform::_strtoi64(m_pchData);
 }
 
-double Kelm::Double() const {
+double Kelm::Double() const noexcept {
     return platform::atof(m_pchData);
 }
 
@@ -1232,55 +1232,55 @@ Kelm Kelm::From(double dValue) {
     return FromDigits(platform::print_general(szDigits, dValue), szDigits, 128);
 }
 
-bool Kelm::IsDigit() const {
+bool Kelm::IsDigit() const noexcept {
     return platform::all_in_class(platform::ByteClass::Digit(), m_pchData, m_pchData + GetLength());
 }
 
-bool Kelm::IsDigit(int nIndex) const {
+bool Kelm::IsDigit(int nIndex) const noexcept {
     return platform::isdigit(m_pchData[nIndex]);
 }
 
-bool Kelm::IsAlNum() const {
+bool Kelm::IsAlNum() const noexcept {
     return platform::all_in_class(platform::ByteClass::AlNum(), m_pchData, m_pchData + GetLength());
 }
 
-bool Kelm::IsAlNum(int nIndex) const {
+bool Kelm::IsAlNum(int nIndex) const noexcept {
     return platform::isalnum(m_pchData[nIndex]);
 }
 
-bool Kelm::IsAlpha() const {
+bool Kelm::IsAlpha() const noexcept {
     return platform::all_in_class(platform::ByteClass::Alpha(), m_pchData, m_pchData + GetLength());
 }
 
-bool Kelm::IsAlpha(int nIndex) const {
+bool Kelm::IsAlpha(int nIndex) const noexcept {
     return platform::isalpha(m_pchData[nIndex]);
 }
 
-bool Kelm::IsUpper() const {
+bool Kelm::IsUpper() const noexcept {
     return platform::all_in_class(platform::ByteClass::Upper(), m_pchData, m_pchData + GetLength());
 }
 
-bool Kelm::IsUpper(int nIndex) const {
+bool Kelm::IsUpper(int nIndex) const noexcept {
     return platform::isupper(m_pchData[nIndex]);
 }
 
-bool Kelm::IsLower() const {
+bool Kelm::IsLower() const noexcept {
     return platform::all_in_class(platform::ByteClass::Lower(), m_pchData, m_pchData + GetLength());
 }
 
-bool Kelm::IsLower(int nIndex) const {
+bool Kelm::IsLower(int nIndex) const noexcept {
     return platform::islower(m_pchData[nIndex]);
 }
 
-bool Kelm::IsSpace() const {
+bool Kelm::IsSpace() const noexcept {
     return platform::all_in_class(platform::ByteClass::Space(), m_pchData, m_pchData + GetLength());
 }
 
-bool Kelm::IsSpace(int nIndex) const {
+bool Kelm::IsSpace(int nIndex) const noexcept {
     return platform::isspace(m_pchData[nIndex]);
 }
 
-int Kelm::Compare(const char* pchText) const {
+int Kelm::Compare(const char* pchText) const noexcept {
     if (pchText == nullptr) {
         return 1;
     }
@@ -1292,7 +1292,7 @@ int Kelm::Compare(const char* pchText) const {
     });
 }
 
-int Kelm::CompareNoCase(const char* pchText) const {
+int Kelm::CompareNoCase(const char* pchText) const noexcept {
     if (pchText == nullptr) {
         return 1;
     }
@@ -1302,7 +1302,7 @@ int Kelm::CompareNoCase(const char* pchText) const {
     return platform::_mbsicmp(*platform::process_code_page(), m_pchData, pchText);
 }
 
-int Kelm::Collate(const char* pchText) const {
+int Kelm::Collate(const char* pchText) const noexcept {
     return platform::_mbscoll(*platform::process_code_page(), m_pchData, pchText);
 }
 
@@ -1355,7 +1355,7 @@ int Kelm::IndexOfElement(int nValue, char chDelimiter) const {
                             });
 }
 
-int Kelm::IndexOfElement(char ch, char chDelimiter) const {
+int Kelm::IndexOfElement(char ch, char chDelimiter) const noexcept {
     return index_of_element(
         m_pchData, m_pchData + GetLength(), chDelimiter,
         [&](const char* first, const char* last) { return (first == last ? '\0' : *first) == ch; });
@@ -1407,7 +1407,7 @@ bool Kelm::Recode(unsigned int nFrom, unsigned int nTo) {
     return true;
 }
 
-void Kelm::Init() {
+void Kelm::Init() noexcept {
     storage::init(m_pchData);
 }
 
@@ -1489,74 +1489,74 @@ Kelm operator+(const char* pchText, const Kelm& string) {
     return Kelm::Join(length_of(pchText), pchText, string.GetLength(), string);
 }
 
-bool operator==(const Kelm& string1, const Kelm& string2) {
+bool operator==(const Kelm& string1, const Kelm& string2) noexcept {
     return order::equal<char>(string1, string1.GetLength(), string2, string2.GetLength());
 }
 
-bool operator==(const Kelm& string, const char* pchText) {
+bool operator==(const Kelm& string, const char* pchText) noexcept {
     return order::equal<char>(string, pchText);
 }
 
-bool operator==(const char* pchText, const Kelm& string) {
+bool operator==(const char* pchText, const Kelm& string) noexcept {
     return order::equal<char>(string, pchText);
 }
 
-bool operator!=(const Kelm& string1, const Kelm& string2) {
+bool operator!=(const Kelm& string1, const Kelm& string2) noexcept {
     return !order::equal<char>(string1, string1.GetLength(), string2, string2.GetLength());
 }
 
-bool operator!=(const Kelm& string, const char* pchText) {
+bool operator!=(const Kelm& string, const char* pchText) noexcept {
     return !order::equal<char>(string, pchText);
 }
 
-bool operator!=(const char* pchText, const Kelm& string) {
+bool operator!=(const char* pchText, const Kelm& string) noexcept {
     return !order::equal<char>(string, pchText);
 }
 
-bool operator<(const Kelm& string1, const Kelm& string2) {
+bool operator<(const Kelm& string1, const Kelm& string2) noexcept {
     return string1.Compare(string2) < 0;
 }
 
-bool operator<(const Kelm& string, const char* pchText) {
+bool operator<(const Kelm& string, const char* pchText) noexcept {
     return string.Compare(pchText) < 0;
 }
 
-bool operator<(const char* pchText, const Kelm& string) {
+bool operator<(const char* pchText, const Kelm& string) noexcept {
     return string.Compare(pchText) > 0;
 }
 
-bool operator<=(const Kelm& string1, const Kelm& string2) {
+bool operator<=(const Kelm& string1, const Kelm& string2) noexcept {
     return string1.Compare(string2) <= 0;
 }
 
-bool operator<=(const Kelm& string, const char* pchText) {
+bool operator<=(const Kelm& string, const char* pchText) noexcept {
     return string.Compare(pchText) <= 0;
 }
 
-bool operator<=(const char* pchText, const Kelm& string) {
+bool operator<=(const char* pchText, const Kelm& string) noexcept {
     return string.Compare(pchText) >= 0;
 }
 
-bool operator>(const Kelm& string1, const Kelm& string2) {
+bool operator>(const Kelm& string1, const Kelm& string2) noexcept {
     return string1.Compare(string2) > 0;
 }
 
-bool operator>(const Kelm& string, const char* pchText) {
+bool operator>(const Kelm& string, const char* pchText) noexcept {
     return string.Compare(pchText) > 0;
 }
 
-bool operator>(const char* pchText, const Kelm& string) {
+bool operator>(const char* pchText, const Kelm& string) noexcept {
     return string.Compare(pchText) < 0;
 }
 
-bool operator>=(const Kelm& string1, const Kelm& string2) {
+bool operator>=(const Kelm& string1, const Kelm& string2) noexcept {
     return string1.Compare(string2) >= 0;
 }
 
-bool operator>=(const Kelm& string, const char* pchText) {
+bool operator>=(const Kelm& string, const char* pchText) noexcept {
     return string.Compare(pchText) >= 0;
 }
 
-bool operator>=(const char* pchText, const Kelm& string) {
+bool operator>=(const char* pchText, const Kelm& string) noexcept {
     return string.Compare(pchText) <= 0;
 }

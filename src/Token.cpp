@@ -41,7 +41,7 @@ Kelm::Token::Token(const Kelm& strSource, bool bSkipPunctuation)
     Restart();
 }
 
-bool Kelm::Token::Next() {
+bool Kelm::Token::Next() noexcept {
     const Classes classes;
     do {
         if (!NextToken(classes, nullptr)) {
@@ -51,7 +51,7 @@ bool Kelm::Token::Next() {
     return true;
 }
 
-bool Kelm::Token::Next(char chDelimiter) {
+bool Kelm::Token::Next(char chDelimiter) noexcept {
     return NextToken(Classes(), &chDelimiter);
 }
 
@@ -84,7 +84,7 @@ bool Kelm::Token::NextToken(const Classes& classes, const char* pchDelimiter) {
     return true;
 }
 
-bool Kelm::Token::NextLine() {
+bool Kelm::Token::NextLine() noexcept {
     if (!m_bMore) {
         return false;
     }
@@ -118,34 +118,34 @@ Kelm Kelm::Token::operator()() const {
     return Current();
 }
 
-Kelm::Token::operator bool() const {
+Kelm::Token::operator bool() const noexcept {
     return m_bMore;
 }
 
-bool Kelm::Token::IsValid() const {
+bool Kelm::Token::IsValid() const noexcept {
     return m_nStart >= 0 && m_nStart <= m_nEnd;
 }
 
-void Kelm::Token::operator++() {
+void Kelm::Token::operator++() noexcept {
     Next();
 }
 
-void Kelm::Token::operator++(int) {
+void Kelm::Token::operator++(int) noexcept {
     Next();
 }
 
-bool Kelm::Token::SkipPunctuation(bool bSkip) {
+bool Kelm::Token::SkipPunctuation(bool bSkip) noexcept {
     return std::exchange(m_bSkipPunctuation, bSkip);
 }
 
-void Kelm::Token::Restart() {
+void Kelm::Token::Restart() noexcept {
     m_pchText = m_strSource;
     Clear();
     m_nLength = static_cast<int>(std::strlen(m_pchText));
     Next();
 }
 
-void Kelm::Token::Clear() {
+void Kelm::Token::Clear() noexcept {
     m_nStart = 0;
     m_nEnd = -1;
     m_nNext = 0;

@@ -127,7 +127,7 @@ bool read_bool(const char16_t* pchText, int nLen) {
 
 }  // namespace
 
-WString::WString() {
+WString::WString() noexcept {
     Init();
 }
 
@@ -296,7 +296,7 @@ WString& WString::operator<<(long nValue) {
     return *this;
 }
 
-int WString::Find(char16_t ch, int nStart) const {
+int WString::Find(char16_t ch, int nStart) const noexcept {
     nStart = std::max(nStart, 0);
     if (nStart >= GetLength()) {
         return -1;
@@ -309,11 +309,11 @@ int WString::Find(char16_t ch, int nStart) const {
     return hit_index(m_pchData, pchStart, platform::wcschr(pchStart, pchEnd, ch));
 }
 
-int WString::Find(char16_t ch) const {
+int WString::Find(char16_t ch) const noexcept {
     return Find(ch, 0);
 }
 
-int WString::Find(const char16_t* pchText, int nStart) const {
+int WString::Find(const char16_t* pchText, int nStart) const noexcept {
     nStart = std::max(nStart, 0);
     if (nStart > GetLength() || pchText == nullptr) {
         return -1;
@@ -324,11 +324,11 @@ int WString::Find(const char16_t* pchText, int nStart) const {
         platform::wcsstr(pchStart, m_pchData + GetLength(), pchText, platform::wcslen(pchText)));
 }
 
-int WString::Find(const char16_t* pchText) const {
+int WString::Find(const char16_t* pchText) const noexcept {
     return Find(pchText, 0);
 }
 
-int WString::ReverseFind(char16_t ch) const {
+int WString::ReverseFind(char16_t ch) const noexcept {
     const char16_t* pchEnd = m_pchData + platform::wcslen(m_pchData);
     if (ch == u'\0') {
         return distance(m_pchData, pchEnd);
@@ -337,7 +337,7 @@ int WString::ReverseFind(char16_t ch) const {
     return pchHit == nullptr ? -1 : distance(m_pchData, pchHit);
 }
 
-int WString::FindOneOf(const char16_t* pchSet) const {
+int WString::FindOneOf(const char16_t* pchSet) const noexcept {
     if (pchSet == nullptr) {
         return -1;
     }
@@ -359,7 +359,7 @@ int WString::NCFind(const char16_t* pchText) const {
     return find_upper(*this, scopy.GetLength(), scopy);
 }
 
-int WString::Count(char16_t ch) const {
+int WString::Count(char16_t ch) const noexcept {
     return static_cast<int>(platform::count_unit<char16_t>(m_pchData, m_pchData + GetLength(), ch));
 }
 
@@ -691,25 +691,25 @@ WString WString::FromFormat(const char16_t* pchFormat, ...) {
     return text;
 }
 
-bool WString::Bool() const {
+bool WString::Bool() const noexcept {
     return read_bool(m_pchData, GetLength());
 }
 
-int WString::Int() const {
+int WString::Int() const noexcept {
     return read_int(m_pchData);
 }
 
-std::int32_t WString::Long() const {
+std::int32_t WString::Long() const noexcept {
     const std::int32_t nValue = platform::_wtol(m_pchData);
     return nValue != 0 ? nValue : platform::wcstol(m_pchData);
 }
 
-long long WString::Int64() const {
+long long WString::Int64() const noexcept {
     const long long nValue = platform::_wtoi64(m_pchData);
     return nValue != 0 ? nValue : platform::_wcstoi64(m_pchData);
 }
 
-double WString::Double() const {
+double WString::Double() const noexcept {
     return platform::_wtof(m_pchData);
 }
 
@@ -751,7 +751,7 @@ WString WString::From(double dValue) {
     return FromDigits(platform::print_general(szDigits, dValue), szDigits, 128);
 }
 
-int WString::Compare(const char16_t* pchText) const {
+int WString::Compare(const char16_t* pchText) const noexcept {
     if (pchText == nullptr) {
         return 1;
     }
@@ -759,7 +759,7 @@ int WString::Compare(const char16_t* pchText) const {
                                     [&] { return platform::wcscmp(m_pchData, pchText); });
 }
 
-int WString::CompareNoCase(const char16_t* pchText) const {
+int WString::CompareNoCase(const char16_t* pchText) const noexcept {
     if (pchText == nullptr) {
         return 1;
     }
@@ -801,7 +801,7 @@ Kelm WString::ToKelm(unsigned int nCodePage) const {
     return text;
 }
 
-void WString::Init() {
+void WString::Init() noexcept {
     storage::init(m_pchData);
 }
 
@@ -900,74 +900,74 @@ WString operator+(const WString& string1, const Kelm& string2) {
     return string1 + WString(string2);
 }
 
-bool operator==(const WString& string1, const WString& string2) {
+bool operator==(const WString& string1, const WString& string2) noexcept {
     return order::equal<char16_t>(string1, string1.GetLength(), string2, string2.GetLength());
 }
 
-bool operator==(const WString& string, const char16_t* pchText) {
+bool operator==(const WString& string, const char16_t* pchText) noexcept {
     return order::equal<char16_t>(string, pchText);
 }
 
-bool operator==(const char16_t* pchText, const WString& string) {
+bool operator==(const char16_t* pchText, const WString& string) noexcept {
     return order::equal<char16_t>(string, pchText);
 }
 
-bool operator!=(const WString& string1, const WString& string2) {
+bool operator!=(const WString& string1, const WString& string2) noexcept {
     return !order::equal<char16_t>(string1, string1.GetLength(), string2, string2.GetLength());
 }
 
-bool operator!=(const WString& string, const char16_t* pchText) {
+bool operator!=(const WString& string, const char16_t* pchText) noexcept {
     return !order::equal<char16_t>(string, pchText);
 }
 
-bool operator!=(const char16_t* pchText, const WString& string) {
+bool operator!=(const char16_t* pchText, const WString& string) noexcept {
     return !order::equal<char16_t>(string, pchText);
 }
 
-bool operator<(const WString& string1, const WString& string2) {
+bool operator<(const WString& string1, const WString& string2) noexcept {
     return string1.Compare(string2) < 0;
 }
 
-bool operator<(const WString& string, const char16_t* pchText) {
+bool operator<(const WString& string, const char16_t* pchText) noexcept {
     return string.Compare(pchText) < 0;
 }
 
-bool operator<(const char16_t* pchText, const WString& string) {
+bool operator<(const char16_t* pchText, const WString& string) noexcept {
     return string.Compare(pchText) > 0;
 }
 
-bool operator<=(const WString& string1, const WString& string2) {
+bool operator<=(const WString& string1, const WString& string2) noexcept {
     return string1.Compare(string2) <= 0;
 }
 
-bool operator<=(const WString& string, const char16_t* pchText) {
+bool operator<=(const WString& string, const char16_t* pchText) noexcept {
     return string.Compare(pchText) <= 0;
 }
 
-bool operator<=(const char16_t* pchText, const WString& string) {
+bool operator<=(const char16_t* pchText, const WString& string) noexcept {
     return string.Compare(pchText) >= 0;
 }
 
-bool operator>(const WString& string1, const WString& string2) {
+bool operator>(const WString& string1, const WString& string2) noexcept {
     return string1.Compare(string2) > 0;
 }
 
-bool operator>(const WString& string, const char16_t* pchText) {
+bool operator>(const WString& string, const char16_t* pchText) noexcept {
     return string.Compare(pchText) > 0;
 }
 
-bool operator>(const char16_t* pchText, const WString& string) {
+bool operator>(const char16_t* pchText, const WString& string) noexcept {
     return string.Compare(pchText) < 0;
 }
 
-bool operator>=(const WString& string1, const WString& string2) {
+bool operator>=(const WString& string1, const WString& string2) noexcept {
     return string1.Compare(string2) >= 0;
 }
 
-bool operator>=(const WString& string, const char16_t* pchText) {
+bool operator>=(const WString& string, const char16_t* pchText) noexcept {
     return string.Compare(pchText) >= 0;
 }
 
-bool operator>=(const char16_t* pchText, const WString& string) {
+bool operator>=(const char16_t* pchText, const WString& string) noexcept {
     return string.Compare(pchText) <= 0;
 }

@@ -69,6 +69,12 @@ int refs(const Header* block) noexcept {
     return __atomic_load_n(&block->nRefs, __ATOMIC_ACQUIRE);
 }
 
+/// Whether one more value may share the block.
+template <class Header>
+bool can_share(const Header* block) noexcept {
+    return static_cast<std::uint32_t>(refs(block)) - 1U < KelmMostRefs - 1U;
+}
+
 template <class Header>
 void add_ref(Header* block) noexcept {
     __atomic_add_fetch(&block->nRefs, 1, __ATOMIC_SEQ_CST);

@@ -257,23 +257,24 @@ void concat_in_place(Unit*& text, int count, const Unit* units) {
     text[block->nDataLength] = Unit{};
 }
 
-/// A copy of a value: shares what can be shared, else copies up to the first NUL.
+/// A copy of a value: shares what can be shared, else copies. A locked text is copied up to its
+/// first NUL.
 template <class Unit>
 void copy_construct(Unit*& text, Unit* source) {
     Header<Unit>* block = header_of(source);
     require(refs(block) != 0, "stringSrc.GetData ()->nRefs != 0");
-    if (refs(block) > 0) {
+    if (blocks::can_share(block)) {
         blocks::add_ref(block);
         text = source;
         return;
     }
     init(text);
     if (source != nil_text<Unit>()) {
-        assign_copy<Unit>(text, length_of(source), source);
+        assign_copy<Unit>(text, refs(block) < 0 ? length_of(source) : length(source), source);
     }
 }
 
-/// Assigns a value: shares its block, unless either side is locked or the source has none.
+/// Assigns a value: shares its block, unless this one is locked or that one cannot be shared.
 template <class Unit>
 void assign(Unit*& text, Unit* source) {
     if (text == source) {
@@ -281,7 +282,7 @@ void assign(Unit*& text, Unit* source) {
     }
     Header<Unit>* block = header_of(text);
     const bool is_locked = refs(block) < 0 && block != nil_header<Unit>();
-    if (is_locked || refs(header_of(source)) < 0) {
+    if (is_locked || !blocks::can_share(header_of(source))) {
         assign_copy<Unit>(text, length(source), source);
         return;
     }

@@ -40,6 +40,29 @@ TYPED_TEST(Block, LaysTheHeaderDirectlyInFront) {
     EXPECT_EQ(header[2], 3);
 }
 
+// The count is set instead of reached: a billion copies would take too long.
+TYPED_TEST(Block, BeyondTheMostHoldersCopiesAreReal) {
+    Open<TypeParam> text = from<TypeParam>(whole(TypeParam(T_("abc"))) + T_("x")[0], 9);
+    text.GetBufferSetLength(4)[1] = 0;  // a NUL counts in such a copy
+    for (const int nBefore : {(1 << 30) - 1, 1 << 30, INT_MAX}) {
+        const bool bShares = nBefore < 1 << 30;
+        text.GetData()->nRefs = nBefore;
+        {
+            const Open<TypeParam> copy(text);
+            Open<TypeParam> assigned(T_("other"));
+            assigned = text;
+            EXPECT_EQ(copy.constBuffer() == text.constBuffer(), bShares);
+            EXPECT_NE(assigned.constBuffer(), text.constBuffer());
+            EXPECT_EQ(whole(copy), whole(text));
+            EXPECT_EQ(whole(assigned), whole(text));
+            EXPECT_EQ(assigned.Refs(), 1);
+            EXPECT_EQ(assigned.GetAllocLength(), 5) << "room is kept where there is enough";
+            EXPECT_EQ(text.Refs(), nBefore + (bShares ? 1 : 0));
+        }
+        text.GetData()->nRefs = 1;
+    }
+}
+
 TYPED_TEST(Block, EmptyValuesCostNothing) {
     const typename Twin<TypeParam>::Unit* null = nullptr;
     expect_nil(Open<TypeParam>(T_("")));
