@@ -358,8 +358,8 @@ public:
     /// @}
     /// @name Case, reversal and trimming
     /// In place, in a block that is private afterwards even where nothing changed; the capacity
-    /// stays. They work up to the first NUL and by the process's locale. A set must not lie in the
-    /// value's own text.
+    /// stays. They work up to the first NUL and by the process's locale. A set may be part of the
+    /// value's own text; a null one is empty.
     /// @{
 
     void MakeUpper();    ///< Upper-cases every character whose width that keeps.
@@ -390,15 +390,18 @@ public:
     /// null replacement is an empty one; an empty or null search text finds nothing. The result is
     /// the number of occurrences; 0 leaves the value untouched. Works in place where the block is
     /// not shared and the result fits, else in a new block: of the result's length or, for a
-    /// shorter result of a shared text, the old one. Neither text may lie in the value's own.
+    /// shorter result of a shared text, the old one. Both texts may be part of the value's own.
     /// Linear.
     int Replace(const char* pchOld, const char* pchNew);
 
     /// Replaces every occurrence, case ignored, one exact form of it at a time and that form
     /// everywhere, inserted text included: the result is the sum of those replacements and can
-    /// exceed the number of occurrences. Stops before a step that would grow the text beyond 16
-    /// times what replacing every unit would give, at least 65,536 bytes. Without memory what is
-    /// replaced by then stays replaced.
+    /// exceed the number of occurrences. Replacing "&" by "&amp;" would so go on for ever: where
+    /// the lengths of the text in all steps together would exceed 64 times (its length + 65,536),
+    /// every occurrence that the text had at the call is replaced once instead, in a block of
+    /// exactly the length unless the value is locked and has room, and the result is their number.
+    /// Without memory what is replaced by then stays replaced. Both texts may be part of the
+    /// value's own.
     int NCReplace(const char* pchOld, const char* pchNew);
 
     /// @}
@@ -415,7 +418,7 @@ public:
 
     /// Removes every occurrence, case ignored, until none is left: those that a removal forms as
     /// well. Ends at the first NUL. With a hit the value moves to a block of exactly its length,
-    /// unless it is locked or nothing is left.
+    /// unless it is locked or nothing is left. Linear.
     int NCRemove(const char* pchText);
     int NCRemove(char ch);  ///< The same for one character; NUL removes nothing.
 
@@ -427,8 +430,8 @@ public:
     /// Inserts one byte and gives the new length. The index is clamped to the text.
     int Insert(int nIndex, char ch);
 
-    /// Inserts a text, which must not lie in the value's own, and gives the new length. The index
-    /// is clamped to the text. An empty text changes nothing.
+    /// Inserts a text, which may be part of the value's own, and gives the new length. The index is
+    /// clamped to the text. An empty text changes nothing.
     int Insert(int nIndex, const char* pchText);
 
     /// Deletes up to `nCount` bytes and gives the length before that. A negative index counts as 0.
@@ -437,8 +440,8 @@ public:
     /// Replaces the text by `nCount` times this byte; 0 or less makes it empty.
     void Repeat(char ch, int nCount);
 
-    /// Appends `nCount` times the text, which must not lie in the value's own. Asserts that the
-    /// count is not negative, unless the text is empty.
+    /// Appends `nCount` times the text, which may be part of the value's own. Asserts that the
+    /// count is not negative, unless the text is empty. Without memory the value is unchanged.
     void Repeat(const char* pchText, int nCount);
 
     /// A new value of `nCount` times this byte; 0 or less gives the empty text.
@@ -670,20 +673,15 @@ private:
     KELM_LOCAL void SetLength(int nLen);
     KELM_LOCAL void CutLeft(const char* pchFirst);
     KELM_LOCAL int CutRight(const char* pchEnd);
-    KELM_LOCAL void TrimRightWhere(const bool* pTest);
-    KELM_LOCAL int ReplaceHits(int nOld, const char* pchOld, int nNew, const char* pchNew);
-    KELM_LOCAL int ReplaceByShorter(int nOld, const char* pchOld, int nNew, const char* pchNew);
-    KELM_LOCAL int ReplaceByLonger(int nOld, const char* pchOld, int nNew, const char* pchNew);
-    template <class Hits>
-    KELM_LOCAL int Merge(Hits hits, const char* pchRead, const char* pchEnd, int nOld, int nNew,
-                         const char* pchNew, int nMost);
-    KELM_LOCAL int ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart,
-                               long long nLimit);
-    template <class FindNext>
-    KELM_LOCAL int RemoveEach(int nLen, FindNext find);
-    KELM_LOCAL int RemoveJoining(const Kelm& upper, bool bFoldInPlace);
-    KELM_LOCAL void TakeRest(int nHits, int nHit, int nRest, const char* pchRest);
-    KELM_LOCAL void OpenGap(int nIndex, int nCount);
+    template <class Test>
+    KELM_LOCAL void TrimRightWhere(Test test);
+    template <class Search>
+    KELM_LOCAL int ReplaceForms(Search& search, int nNew, const char* pchNew);
+    KELM_LOCAL int ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart);
+    KELM_LOCAL int ReplaceOnce(const Kelm& before, const Kelm& upper, int nNew, const char* pchNew);
+    template <class Search>
+    KELM_LOCAL int RemoveFolded(int nSize, Search search);
+    KELM_LOCAL void TakeRest(int nHits, int nSize, int nEnd, char* pchRest, int nSegment);
     KELM_LOCAL static Kelm FromDigits(int nLen, const char* pchDigits, int nCapacity);
     KELM_LOCAL bool Recode(unsigned int nFrom, unsigned int nTo);
     KELM_LOCAL static Kelm Join(int nLen1, const char* pch1, int nLen2, const char* pch2);
@@ -1055,8 +1053,8 @@ public:
     /// @}
     /// @name Case, reversal and trimming
     /// In place, in a block that is private afterwards even where nothing changed; the capacity
-    /// stays. They work up to the first NUL and by the process's locale. A set must not lie in the
-    /// value's own text.
+    /// stays. They work up to the first NUL and by the process's locale. A set may be part of the
+    /// value's own text; a null one is empty.
     /// @{
 
     void MakeUpper();    ///< Upper-cases every unit.
@@ -1086,7 +1084,7 @@ public:
     /// null replacement is an empty one; an empty or null search text finds nothing. The result is
     /// the number of occurrences; 0 leaves the value untouched. Works in place where the block is
     /// not shared and the result fits, else in a new block: of the result's length or, for a
-    /// shorter result of a shared text, the old one. Neither text may lie in the value's own.
+    /// shorter result of a shared text, the old one. Both texts may be part of the value's own.
     /// Linear.
     int Replace(const char16_t* pchOld, const char16_t* pchNew);
 
@@ -1268,16 +1266,7 @@ private:
     KELM_LOCAL int CutRight(const char16_t* pchEnd);
     template <class Test>
     KELM_LOCAL void TrimRightWhere(Test test);
-    KELM_LOCAL int ReplaceHits(int nOld, const char16_t* pchOld, int nNew, const char16_t* pchNew);
-    KELM_LOCAL int ReplaceByShorter(int nOld, const char16_t* pchOld, int nNew,
-                                    const char16_t* pchNew);
-    KELM_LOCAL int ReplaceByLonger(int nOld, const char16_t* pchOld, int nNew,
-                                   const char16_t* pchNew);
-    template <class Hits>
-    KELM_LOCAL int Merge(Hits hits, const char16_t* pchRead, const char16_t* pchEnd, int nOld,
-                         int nNew, const char16_t* pchNew, int nMost);
     KELM_LOCAL int RemoveJoining(int nUpper, const char16_t* pchUpper);
-    KELM_LOCAL void TakeRest(int nHits, int nHit, int nRest, const char16_t* pchRest);
     KELM_LOCAL static WString FromDigits(int nLen, const char16_t* pchDigits, int nCapacity);
     KELM_LOCAL static WString Join(int nLen1, const char16_t* pch1, int nLen2,
                                    const char16_t* pch2);

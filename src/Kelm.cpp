@@ -10,7 +10,6 @@
 #include "blocks.h"
 #include "fields.h"
 #include "formatting.h"
-#include "growth.h"
 #include "multibyte/case.h"
 #include "multibyte/multibyte.h"
 #include "multibyte/single_bytes.h"
@@ -19,6 +18,7 @@
 #include "pages/code_pages.h"
 #include "pages/conversion.h"
 #include "print/print.h"
+#include "replacing.h"
 #include "search/scan.h"
 #include "search/text_search.h"
 #include "similarity.h"
@@ -30,6 +30,7 @@ using blocks::refs;
 using platform::CodePage;
 using platform::Grouping;
 using platform::require;
+using storage::Argument;
 using storage::carry;
 using storage::distance;
 using storage::length_of;
@@ -77,96 +78,14 @@ int count_hits(const CodePage& page, const char* pchFirst, const char* pchLast, 
         platform::count_text(page, pchFirst, pchLast, pchText, static_cast<std::size_t>(nLen)));
 }
 
-/// Removes joined or not, always the leftmost, whatever matches in `pchKey`, which runs in parallel
-/// to `pchText` and is the same or the folded text; gives the number and moves the end.
-struct JoiningRemoval {
-    const CodePage& page;
-    char* pchText;
-    char* pchKey;
-    char* pchEnd;
-    const char* pchUpper;
-    std::size_t nUpper;
-    bool bFold;
-    std::size_t nBoundary = 0;
-
-    const char* Search(const char* first, const char* last) const {
-        return bFold ? platform::find_folded(page, first, last, pchUpper, nUpper)
-                     : platform::_mbsstr(page, first, last, pchUpper, nUpper);
-    }
-
-    /// Closes the gap in front of [nRead, nRead + nSize) and gives the place behind it.
-    std::size_t Move(std::size_t nWrite, std::size_t nRead, std::size_t nSize) const {
-        std::memmove(pchText + nWrite, pchText + nRead, nSize);
-        if (pchKey != pchText) {
-            std::memmove(pchKey + nWrite, pchKey + nRead, nSize);
-        }
-        return nWrite + nSize;
-    }
-
-    /// The character at `pch`, walked to from the last one asked for, unless a removal has gone
-    /// back behind that. In UTF-8 a look at the neighbours is enough.
-    const char* StartOf(const char* pch, const char* pchLast) {
-        if (pchKey + nBoundary > pch) {
-            nBoundary = 0;
-        }
-        const char* pchStart = platform::character_start(page, pchKey + nBoundary, pch, pchLast);
-        if (page.grouping != Grouping::Utf8) {
-            nBoundary = static_cast<std::size_t>(pchStart - pchKey);
-        }
-        return pchStart;
-    }
-
-    /// What is done lies in front of nWrite, what is to do from nRead on. A hit that a removal has
-    /// formed spans both and is shorter than the text on either side of the gap that it needs.
-    bool FindAcross(std::size_t& nWrite, std::size_t& nRead, std::size_t nEnd) {
-        const std::size_t nHead = std::min(nUpper - 1, nEnd - nRead);
-        const std::size_t nTail = std::min(nUpper - 1, nWrite);
-        if (nHead + nTail < nUpper) {
-            return false;
-        }
-        const std::size_t nJoined = Move(nWrite, nRead, nHead);
-        const char* first = StartOf(pchKey + nWrite - nTail, pchKey + nJoined);
-        const char* hit = Search(first, pchKey + nJoined);
-        if (hit == nullptr) {
-            return false;
-        }
-        const std::size_t nHit = static_cast<std::size_t>(hit - pchKey);
-        nRead += nHit + nUpper - nWrite;
-        nWrite = nHit;
-        return true;
-    }
-
-    int Run() {
-        int nHits = 0;
-        std::size_t nWrite = 0;
-        std::size_t nRead = 0;
-        const std::size_t nEnd = static_cast<std::size_t>(pchEnd - pchText);
-        while (const char* hit = Search(pchKey + nRead, pchKey + nEnd)) {
-            const std::size_t nHit = static_cast<std::size_t>(hit - pchKey);
-            nWrite = Move(nWrite, nRead, nHit - nRead);
-            nRead = nHit + nUpper;
-            ++nHits;
-            while (FindAcross(nWrite, nRead, nEnd)) {
-                ++nHits;
-            }
-        }
-        pchEnd = pchText + Move(nWrite, nRead, nEnd - nRead);
-        return nHits;
-    }
-};
-
-/// Whether a removal can change what the bytes around it mean.
-bool is_well_formed(const CodePage& page, const char* pchText) {
-    while (*pchText != '\0') {
-        const std::size_t nStep = platform::_mbclen(page, pchText);
-        if (nStep == 1 && (*pchText & 0x80) != 0 && page.grouping != Grouping::SingleByte &&
-            (page.grouping != Grouping::DoubleByte ||
-             page.IsLead(static_cast<unsigned char>(*pchText)))) {
-            return false;
-        }
-        pchText += nStep;
-    }
-    return true;
+/// Whether the last byte is a character by itself in every code page, as it is behind another ASCII
+/// byte, and fails the test.
+template <class Test>
+bool keeps_last(const char* pchFirst, const char* pchEnd, Test test) {
+    const char* pchLast = pchEnd - 1;
+    const bool bPlain =
+        (*pchLast & 0x80) == 0 && (pchLast == pchFirst || (pchLast[-1] & 0x80) == 0);
+    return bPlain && !test(*pchLast);
 }
 
 int read_int(const char* pchText) {
@@ -264,43 +183,6 @@ private:
     int m_nTextLength;
     char m_szShort[128];
     Kelm m_strLong;
-};
-
-/// Searches one text again and again for a folded one. Where the text must be copied for folding,
-/// the copy serves until the text changes.
-class UpperSearch {
-public:
-    UpperSearch(const CodePage& page, const char* pchText) : m_page(page), m_upper(pchText) {
-        m_upper.MakeUpper();
-        m_bInPlace = folds_in_place(page) && is_ascii(m_upper, m_upper.GetLength());
-        m_bReuse = is_well_formed(page, m_upper);
-    }
-
-    int GetLength() const { return m_upper.GetLength(); }
-
-    /// First hit in the tail of the text from `nStart`, as an index into the text, or -1.
-    int Find(const Kelm& text, int nStart) {
-        if (m_bInPlace) {
-            return find_upper(m_page, text, nStart, m_upper);
-        }
-        if (m_nTail < 0 || !m_bReuse) {
-            m_tail = text.Mid(nStart);
-            m_tail.MakeUpper();
-            m_nTail = nStart;
-        }
-        const int nFound = m_tail.Find(m_upper, nStart - m_nTail);
-        return nFound < 0 ? -1 : m_nTail + nFound;
-    }
-
-    void Forget() { m_nTail = -1; }
-
-private:
-    const CodePage& m_page;
-    Kelm m_upper;
-    Kelm m_tail;
-    int m_nTail = -1;  // where the folded tail begins, -1 if there is none
-    bool m_bInPlace;
-    bool m_bReuse;
 };
 
 }  // namespace
@@ -603,33 +485,35 @@ void Kelm::MakeReverse() {
 }
 
 void Kelm::TrimRight() {
-    CopyBeforeWrite();
     const platform::ByteClass space = platform::ByteClass::Space();
-    bool aTest[256];
-    for (int n = 0; n < 256; ++n) {
-        aTest[n] = space.Has(static_cast<char>(n));
-    }
-    TrimRightWhere(aTest);
+    TrimRightWhere([=](char ch) { return space.Has(ch); });
 }
 
 void Kelm::TrimRight(char ch) {
-    CopyBeforeWrite();
-    bool aTest[256] = {};
-    aTest[static_cast<unsigned char>(ch)] = true;
-    TrimRightWhere(aTest);
+    TrimRightWhere([=](char chText) { return chText == ch; });
 }
 
 void Kelm::TrimRight(const char* pchSet) {
-    CopyBeforeWrite();
-    TrimRightWhere(platform::ByteSet(*platform::process_code_page(), pchSet).has);
+    const Argument<char> chars(pchSet, m_pchData);
+    const platform::ByteSet set(*platform::process_code_page(), pchSet == nullptr ? "" : chars);
+    TrimRightWhere([&](char ch) { return set.Has(ch); });
 }
 
-void Kelm::TrimRightWhere(const bool* pTest) {
+template <class Test>
+void Kelm::TrimRightWhere(Test test) {
+    CopyBeforeWrite();
     const char* pchEnd = m_pchData + std::strlen(m_pchData);
+    if (pchEnd == m_pchData || keeps_last(m_pchData, pchEnd, test)) {
+        return;
+    }
+    bool aTest[256];
+    for (int n = 0; n < 256; ++n) {
+        aTest[n] = test(static_cast<char>(n));
+    }
     const char* pchRun =
-        platform::trailing_run(*platform::process_code_page(), m_pchData, pchEnd, pTest);
+        platform::trailing_run(*platform::process_code_page(), m_pchData, pchEnd, aTest);
     if (pchRun != pchEnd) {
-        SetLength(distance(m_pchData, pchRun));
+        SetLength(distance<char>(m_pchData, pchRun));
     }
 }
 
@@ -656,12 +540,12 @@ void Kelm::TrimLeft(char ch) {
 }
 
 void Kelm::TrimLeft(const char* pchSet) {
-    if (*pchSet == '\0') {
+    if (pchSet == nullptr || *pchSet == '\0') {
         return;
     }
-    CopyBeforeWrite();
     const CodePage& page = *platform::process_code_page();
     const platform::ByteSet set(page, pchSet);
+    CopyBeforeWrite();
     const char* pch = m_pchData;
     while (*pch != '\0' && set.Has(*pch)) {
         pch = platform::_mbsinc(page, pch);
@@ -708,157 +592,13 @@ int Kelm::Replace(const char* pchOld, const char* pchNew) {
     if (pchOld == nullptr || *pchOld == '\0') {
         return 0;
     }
-    return ReplaceHits(length_of(pchOld), pchOld, pchNew == nullptr ? 0 : length_of(pchNew),
-                       pchNew);
-}
-
-int Kelm::ReplaceHits(int nOld, const char* pchOld, int nNew, const char* pchNew) {
-    return nNew > nOld ? ReplaceByLonger(nOld, pchOld, nNew, pchNew)
-                       : ReplaceByShorter(nOld, pchOld, nNew, pchNew);
-}
-
-/// Writes [pchRead, pchEnd) to the front of the block with up to `nMost` hits replaced; the result
-/// is their number.
-template <class Hits>
-int Kelm::Merge(Hits hits, const char* pchRead, const char* pchEnd, int nOld, int nNew,
-                const char* pchNew, int nMost) {
-    char* pchWrite = m_pchData;
-    int nHits = 0;
-    for (; nHits < nMost; ++nHits) {
-        const char* pchHit = hits.Next();
-        if (pchHit == nullptr) {
-            break;
-        }
-        pchWrite = carry(pchWrite, pchRead, pchHit);
-        pchWrite = std::copy_n(pchNew, nNew, pchWrite);
-        pchRead = pchHit + nOld;
-    }
-    pchWrite = carry(pchWrite, pchRead, pchEnd);
-    SetLength(distance(m_pchData, pchWrite));
-    return nHits;
-}
-
-/// In one pass: the room for a result that is not longer is known beforehand.
-int Kelm::ReplaceByShorter(int nOld, const char* pchOld, int nNew, const char* pchNew) {
+    const Argument<char> old(pchOld, m_pchData);
+    const Argument<char> replacement(pchNew, m_pchData);
     const CodePage& page = *platform::process_code_page();
-    KelmData* pData = GetData();
-    const char* pchText = m_pchData;
-    const char* pchEnd = pchText + pData->nDataLength;
-    const char* pchHit =
-        platform::_mbsstr(page, pchText, pchEnd, pchOld, static_cast<std::size_t>(nOld));
-    if (pchHit == nullptr) {
-        return 0;
-    }
-    const bool bMove = refs(pData) > 1;
-    if (bMove) {
-        AllocBuffer(pData->nDataLength);
-    }
-    platform::TextHits hits(page, pchHit, pchEnd, pchOld, static_cast<std::size_t>(nOld));
-    const int nHits = Merge(hits, pchText, pchEnd, nOld, nNew, pchNew, INT_MAX);
-    if (bMove) {
-        Release(pData);
-    }
-    return nHits;
-}
-
-int Kelm::ReplaceByLonger(int nOld, const char* pchOld, int nNew, const char* pchNew) {
-    const CodePage& page = *platform::process_code_page();
-    KelmData* pData = GetData();
-    const int nLength = pData->nDataLength;
-    const char* pchText = m_pchData;
-    const char* pchHit =
-        platform::_mbsstr(page, pchText, pchText + nLength, pchOld, static_cast<std::size_t>(nOld));
-    if (pchHit == nullptr) {
-        return 0;
-    }
-    const auto search = [&](const char* pchFirst, const char* pchLast) {
-        return platform::TextHits(page, pchFirst, pchLast, pchOld, static_cast<std::size_t>(nOld));
-    };
-    growth::Replacement growth(m_pchData, nLength, search);
-    const int nHits = growth.Count(pchHit);
-    const int nNewLength = checked_length(nLength + (static_cast<long long>(nNew) - nOld) * nHits);
-    const int nGrowth = nNewLength - nLength;
-    if (refs(pData) > 1 || pData->nAllocLength < nNewLength) {
-        AllocBuffer(nNewLength);
-        if (nHits <= growth::kNoted) {
-            growth.CopyTo(m_pchData, nHits, nOld, pchNew, nNew);
-        } else {
-            Merge(search(pchText, pchText + nLength), pchText, pchText + nLength, nOld, nNew,
-                  pchNew, nHits);
-        }
-        Release(pData);
-    } else if (nHits <= growth::kMost) {
-        growth.Replace(nHits, nOld, pchNew, nNew);
-        SetLength(nNewLength);
-    } else {
-        // To the end of its room, so that the merge forward never overtakes what it reads.
-        std::memmove(m_pchData + nGrowth, m_pchData, static_cast<std::size_t>(nLength) + 1);
-        pchText += nGrowth;
-        Merge(search(pchText, pchText + nLength), pchText, pchText + nLength, nOld, nNew, pchNew,
-              nHits);
-    }
-    require(m_pchData[nNewLength] == '\0', "m_pchData [nNewLength] == '\\0'");
-    return nHits;
-}
-
-int Kelm::NCReplace(const char* pchOld, const char* pchNew) {
-    if (pchOld == nullptr || *pchOld == '\0') {
-        return 0;
-    }
-    const int nNew = pchNew == nullptr ? 0 : length_of(pchNew);
-    const long long nReplaced = static_cast<long long>(GetLength()) * nNew;
-    const long long nLimit = std::max(65536LL, 16 * std::min(nReplaced, LLONG_MAX / 16));
-    UpperSearch search(*platform::process_code_page(), pchOld);
-    const int nOld = search.GetLength();
-    long long nPosition = 0;
-    long long nResult = 0;
-    int nSame = 0;  // hits of the replacement itself, while the text stays as it is
-    while (nPosition <= GetLength()) {
-        const int nFound = search.Find(*this, static_cast<int>(nPosition));
-        if (nFound < 0) {
-            break;
-        }
-        const long long nNext = static_cast<long long>(nFound) + nNew;
-        const bool bSame = nNew == nOld && std::memcmp(m_pchData + nFound, pchNew,
-                                                       static_cast<std::size_t>(nNew)) == 0;
-        if (!bSame || nSame == 0) {
-            const Kelm sub(m_pchData + nFound, nOld);
-            const int nHits = ReplaceForm(sub, nNew, pchNew, nPosition == 0, nLimit);
-            if (nHits < 0 || (nHits == 0 && nNext == nPosition)) {
-                break;
-            }
-            nSame = bSame ? nHits : 0;
-            nResult += nHits;
-            if (!bSame) {
-                search.Forget();
-            }
-        } else {
-            nResult += nSame;
-        }
-        nPosition = nNext;
-    }
-    return static_cast<int>(std::min<long long>(nResult, INT_MAX));
-}
-
-/// One step of `NCReplace`: every occurrence of one exact form. -1 if that would go beyond the
-/// limit.
-int Kelm::ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart,
-                      long long nLimit) {
-    const int nOld = sub.GetLength();
-    const long long nGrowth = static_cast<long long>(nNew) - nOld;
-    if (GetLength() + nGrowth * (GetLength() / nOld) > nLimit) {
-        const int nHits = count_hits(*platform::process_code_page(), m_pchData,
-                                     m_pchData + GetLength(), nOld, sub);
-        if (nGrowth > 0 && GetLength() + nGrowth * nHits > nLimit) {
-            return -1;
-        }
-    }
-    // The tail searched from position 0 is the whole text and so holds the block: it is left.
-    Kelm tail;
-    if (bFromStart && refs(GetData()) > 0) {
-        tail = *this;
-    }
-    return ReplaceHits(nOld, sub, nNew, pchNew);
+    const int nOld = length_of(old);
+    const replacing::NarrowSearch search = {page, old, static_cast<std::size_t>(nOld)};
+    return replacing::replace<char>(m_pchData, nOld, replacement,
+                                    pchNew == nullptr ? 0 : length_of(replacement), search);
 }
 
 int Kelm::Remove(const char* pchText) {
@@ -892,89 +632,9 @@ int Kelm::CutRight(const char* pchEnd) {
     return storage::cut_right(m_pchData, pchEnd);
 }
 
-int Kelm::NCRemove(const char* pchText) {
-    if (pchText == nullptr || *pchText == '\0') {
-        return 0;
-    }
-    const CodePage& page = *platform::process_code_page();
-    Kelm upper(pchText);
-    upper.MakeUpper();
-    const int nLen = upper.GetLength();
-    const bool bInPlace = folds_in_place(page) && is_ascii(upper, nLen);
-    if (bInPlace || (is_well_formed(page, upper) && is_well_formed(page, m_pchData))) {
-        return RemoveJoining(upper, bInPlace);
-    }
-    return RemoveEach(nLen, [&] { return NCFind(pchText); });
-}
-
-int Kelm::NCRemove(char ch) {
-    const CodePage& page = *platform::process_code_page();
-    if (page.grouping == Grouping::SingleByte || is_ascii(&ch, 1)) {
-        const char szText[] = {ch, '\0'};
-        return NCRemove(szText);
-    }
-    return RemoveEach(1, [&] { return NCFind(ch); });
-}
-
-/// Hit by hit, for text in which a removal can change what the bytes around it mean.
-template <class FindNext>
-int Kelm::RemoveEach(int nLen, FindNext find) {
-    int nHits = 0;
-    for (int nFound = find(); nFound >= 0; nFound = find()) {
-        const Kelm copy = Left(nFound) + Mid(nFound + nLen);
-        *this = copy;
-        ++nHits;
-    }
-    return nHits;
-}
-
-/// All hits in one pass over a copy; `upper` is the folded search text.
-int Kelm::RemoveJoining(const Kelm& upper, bool bFoldInPlace) {
-    const CodePage& page = *platform::process_code_page();
-    if (bFoldInPlace && find_upper(page, *this, 0, upper) < 0) {
-        return 0;
-    }
-    Kelm work(m_pchData, GetLength());
-    Kelm folded;
-    if (!bFoldInPlace) {
-        folded = Kelm(m_pchData, GetLength());
-        folded.MakeUpper();
-    }
-    const std::size_t nSegment = std::strlen(work);
-    JoiningRemoval removal = {page,
-                              work.m_pchData,
-                              bFoldInPlace ? work.m_pchData : folded.m_pchData,
-                              work.m_pchData + nSegment,
-                              upper,
-                              static_cast<std::size_t>(upper.GetLength()),
-                              bFoldInPlace};
-    const int nHits = removal.Run();
-    if (nHits == 0) {
-        return 0;
-    }
-    // What stands behind an embedded NUL comes along.
-    const char* pchEnd = carry(removal.pchEnd, m_pchData + nSegment, m_pchData + GetLength());
-    TakeRest(nHits, upper.GetLength(), distance<char>(work, pchEnd), work);
-    return nHits;
-}
-
-/// The state that removing one hit at a time leaves: the lock and its block, or else a block of
-/// exactly the length. A last removal that leaves nothing stays in the block of the one before.
-void Kelm::TakeRest(int nHits, int nHit, int nRest, const char* pchRest) {
-    if (refs(GetData()) < 0 || (nRest == 0 && nHits == 1)) {
-        AssignCopy(nRest, pchRest);
-        return;
-    }
-    Kelm copy;
-    copy.AllocBuffer(nRest == 0 ? nHit : nRest);
-    std::memcpy(copy.m_pchData, pchRest, static_cast<std::size_t>(nRest));
-    copy.SetLength(nRest);
-    MoveAssign(copy);
-}
-
 int Kelm::Insert(int nIndex, char ch) {
     nIndex = std::clamp(nIndex, 0, GetLength());
-    OpenGap(nIndex, 1);
+    storage::open_gap(m_pchData, nIndex, 1);
     m_pchData[nIndex] = ch;
     return GetLength();
 }
@@ -984,14 +644,11 @@ int Kelm::Insert(int nIndex, const char* pchText) {
     if (nLen == 0) {
         return GetLength();
     }
+    const Argument<char> text(pchText, m_pchData);
     nIndex = std::clamp(nIndex, 0, GetLength());
-    OpenGap(nIndex, nLen);
-    std::memcpy(m_pchData + nIndex, pchText, static_cast<std::size_t>(nLen));
+    storage::open_gap(m_pchData, nIndex, nLen);
+    storage::copy_units<char>(m_pchData + nIndex, text, nLen);
     return GetLength();
-}
-
-void Kelm::OpenGap(int nIndex, int nCount) {
-    storage::open_gap(m_pchData, nIndex, nCount);
 }
 
 int Kelm::Delete(int nIndex, int nCount) {
@@ -1014,13 +671,14 @@ void Kelm::Repeat(char ch, int nCount) {
 void Kelm::Repeat(const char* pchText, int nCount) {
     const int nLen = length_of(pchText);
     require(nLen == 0 || nCount >= 0, "nMinBufLength >= 0");
+    const Argument<char> text(pchText, m_pchData);
     const int nOldLength = GetLength();
     const int nAdded = checked_length(static_cast<long long>(nLen) * nCount);
     GetBuffer(checked_length(static_cast<long long>(nOldLength) + nAdded));
     char* pchFirst = m_pchData + nOldLength;
     // Each round doubles what is there.
     int nDone = std::min(nLen, nAdded);
-    std::memcpy(pchFirst, pchText, static_cast<std::size_t>(nDone));
+    std::memcpy(pchFirst, text, static_cast<std::size_t>(nDone));
     while (nDone < nAdded) {
         const int nNext = std::min(nDone, nAdded - nDone);
         std::memcpy(pchFirst + nDone, pchFirst, static_cast<std::size_t>(nNext));

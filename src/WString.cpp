@@ -6,23 +6,19 @@
 #include "blocks.h"
 #include "fields.h"
 #include "formatting.h"
-#include "growth.h"
 #include "numbers.h"
 #include "order.h"
 #include "pages/conversion.h"
 #include "print/print.h"
+#include "replacing.h"
 #include "search/scan.h"
 #include "storage.h"
 #include "wide/wide.h"
 
-using blocks::checked_length;
-using blocks::refs;
-using platform::require;
-using storage::carry;
+using storage::Argument;
 using storage::copy_units;
 using storage::distance;
 using storage::length_of;
-using storage::move_units;
 
 namespace {
 
@@ -47,54 +43,6 @@ int count_hits(const char16_t* pchFirst, const char16_t* pchLast, int nLen,
     return static_cast<int>(
         platform::count_text(pchFirst, pchLast, pchText, static_cast<std::size_t>(nLen)));
 }
-
-/// Removes, always the leftmost, whatever folds to `pchUpper`, also where a removal has formed it;
-/// gives the number and moves the end.
-struct JoiningRemoval {
-    char16_t* pchText;
-    char16_t* pchEnd;
-    const char16_t* pchUpper;
-    std::size_t nUpper;
-
-    const char16_t* Search(const char16_t* first, const char16_t* last) const {
-        return platform::find_folded(first, last, pchUpper, nUpper);
-    }
-
-    /// What is done lies in front of pchWrite, what is to do from pchRead on. A hit that a removal
-    /// has formed spans both and is shorter than the text on either side of the gap that it needs.
-    bool FindAcross(char16_t*& pchWrite, char16_t*& pchRead) const {
-        const std::ptrdiff_t nMost = static_cast<std::ptrdiff_t>(nUpper) - 1;
-        const std::ptrdiff_t nHead = std::min(nMost, pchEnd - pchRead);
-        const std::ptrdiff_t nTail = std::min(nMost, pchWrite - pchText);
-        if (nHead + nTail <= nMost) {
-            return false;
-        }
-        const char16_t* pchJoined = carry(pchWrite, pchRead, pchRead + nHead);
-        const char16_t* pchHit = Search(pchWrite - nTail, pchJoined);
-        if (pchHit == nullptr) {
-            return false;
-        }
-        pchRead += pchHit + nUpper - pchWrite;
-        pchWrite = pchText + (pchHit - pchText);
-        return true;
-    }
-
-    int Run() {
-        int nHits = 0;
-        char16_t* pchWrite = pchText;
-        char16_t* pchRead = pchText;
-        while (const char16_t* pchHit = Search(pchRead, pchEnd)) {
-            pchWrite = carry(pchWrite, pchRead, pchHit);
-            pchRead = pchText + (pchHit - pchText) + nUpper;
-            ++nHits;
-            while (FindAcross(pchWrite, pchRead)) {
-                ++nHits;
-            }
-        }
-        pchEnd = carry(pchWrite, pchRead, pchEnd);
-        return nHits;
-    }
-};
 
 int read_int(const char16_t* pchText) {
     const int nValue = platform::_wtoi(pchText);
@@ -160,7 +108,13 @@ WString::WString(const Kelm& string) {
     MoveAssign(text);
 }
 
-WString::WString(const char* pchText) : WString(Kelm(pchText)) {}
+WString::WString(const char* pchText) {
+    Init();
+    if (pchText != nullptr) {
+        WString text = FromCodePage(pchText, 0);
+        MoveAssign(text);
+    }
+}
 
 void WString::DestroyUnshared() {
     storage::release(m_pchData);
@@ -417,8 +371,10 @@ void WString::TrimRight(char16_t ch) {
 }
 
 void WString::TrimRight(const char16_t* pchSet) {
-    const char16_t* pchSetEnd = pchSet + platform::wcslen(pchSet);
-    TrimRightWhere([=](char16_t ch) { return platform::wcschr(pchSet, pchSetEnd, ch) != nullptr; });
+    const Argument<char16_t> chars(pchSet, m_pchData);
+    const char16_t* pchFirst = pchSet == nullptr ? u"" : chars;
+    const char16_t* pchLast = pchFirst + platform::wcslen(pchFirst);
+    TrimRightWhere([=](char16_t ch) { return platform::wcschr(pchFirst, pchLast, ch) != nullptr; });
 }
 
 template <class Test>
@@ -454,13 +410,15 @@ void WString::TrimLeft(char16_t ch) {
 }
 
 void WString::TrimLeft(const char16_t* pchSet) {
-    if (*pchSet == u'\0') {
+    if (pchSet == nullptr || *pchSet == u'\0') {
         return;
     }
+    const Argument<char16_t> chars(pchSet, m_pchData);
+    const char16_t* pchFirst = chars;
+    const char16_t* pchLast = pchFirst + platform::wcslen(pchFirst);
     CopyBeforeWrite();
-    const char16_t* pchSetEnd = pchSet + platform::wcslen(pchSet);
     const char16_t* pch = m_pchData;
-    while (*pch != u'\0' && platform::wcschr(pchSet, pchSetEnd, *pch) != nullptr) {
+    while (*pch != u'\0' && platform::wcschr(pchFirst, pchLast, *pch) != nullptr) {
         ++pch;
     }
     CutLeft(pch);
@@ -490,95 +448,12 @@ int WString::Replace(const char16_t* pchOld, const char16_t* pchNew) {
     if (pchOld == nullptr || *pchOld == u'\0') {
         return 0;
     }
-    return ReplaceHits(length_of(pchOld), pchOld, pchNew == nullptr ? 0 : length_of(pchNew),
-                       pchNew);
-}
-
-int WString::ReplaceHits(int nOld, const char16_t* pchOld, int nNew, const char16_t* pchNew) {
-    return nNew > nOld ? ReplaceByLonger(nOld, pchOld, nNew, pchNew)
-                       : ReplaceByShorter(nOld, pchOld, nNew, pchNew);
-}
-
-/// Writes [pchRead, pchEnd) to the front of the block with up to `nMost` hits replaced; the result
-/// is their number.
-template <class Hits>
-int WString::Merge(Hits hits, const char16_t* pchRead, const char16_t* pchEnd, int nOld, int nNew,
-                   const char16_t* pchNew, int nMost) {
-    char16_t* pchWrite = m_pchData;
-    int nHits = 0;
-    for (; nHits < nMost; ++nHits) {
-        const char16_t* pchHit = hits.Next();
-        if (pchHit == nullptr) {
-            break;
-        }
-        pchWrite = carry(pchWrite, pchRead, pchHit);
-        pchWrite = std::copy_n(pchNew, nNew, pchWrite);
-        pchRead = pchHit + nOld;
-    }
-    pchWrite = carry(pchWrite, pchRead, pchEnd);
-    SetLength(distance(m_pchData, pchWrite));
-    return nHits;
-}
-
-/// In one pass: the room for a result that is not longer is known beforehand.
-int WString::ReplaceByShorter(int nOld, const char16_t* pchOld, int nNew, const char16_t* pchNew) {
-    WStringData* pData = GetData();
-    const char16_t* pchText = m_pchData;
-    const char16_t* pchEnd = pchText + pData->nDataLength;
-    const char16_t* pchHit =
-        platform::wcsstr(pchText, pchEnd, pchOld, static_cast<std::size_t>(nOld));
-    if (pchHit == nullptr) {
-        return 0;
-    }
-    const bool bMove = refs(pData) > 1;
-    if (bMove) {
-        AllocBuffer(pData->nDataLength);
-    }
-    platform::WideTextHits hits(pchHit, pchEnd, pchOld, static_cast<std::size_t>(nOld));
-    const int nHits = Merge(hits, pchText, pchEnd, nOld, nNew, pchNew, INT_MAX);
-    if (bMove) {
-        Release(pData);
-    }
-    return nHits;
-}
-
-int WString::ReplaceByLonger(int nOld, const char16_t* pchOld, int nNew, const char16_t* pchNew) {
-    WStringData* pData = GetData();
-    const int nLength = pData->nDataLength;
-    const char16_t* pchText = m_pchData;
-    const char16_t* pchHit =
-        platform::wcsstr(pchText, pchText + nLength, pchOld, static_cast<std::size_t>(nOld));
-    if (pchHit == nullptr) {
-        return 0;
-    }
-    const auto search = [&](const char16_t* pchFirst, const char16_t* pchLast) {
-        return platform::WideTextHits(pchFirst, pchLast, pchOld, static_cast<std::size_t>(nOld));
-    };
-    growth::Replacement growth(m_pchData, nLength, search);
-    const int nHits = growth.Count(pchHit);
-    const int nNewLength = checked_length(nLength + (static_cast<long long>(nNew) - nOld) * nHits);
-    const int nGrowth = nNewLength - nLength;
-    if (refs(pData) > 1 || pData->nAllocLength < nNewLength) {
-        AllocBuffer(nNewLength);
-        if (nHits <= growth::kNoted) {
-            growth.CopyTo(m_pchData, nHits, nOld, pchNew, nNew);
-        } else {
-            Merge(search(pchText, pchText + nLength), pchText, pchText + nLength, nOld, nNew,
-                  pchNew, nHits);
-        }
-        Release(pData);
-    } else if (nHits <= growth::kMost) {
-        growth.Replace(nHits, nOld, pchNew, nNew);
-        SetLength(nNewLength);
-    } else {
-        // To the end of its room, so that the merge forward never overtakes what it reads.
-        move_units(m_pchData + nGrowth, m_pchData, nLength + 1);
-        pchText += nGrowth;
-        Merge(search(pchText, pchText + nLength), pchText, pchText + nLength, nOld, nNew, pchNew,
-              nHits);
-    }
-    require(m_pchData[nNewLength] == u'\0', "m_pchData [nNewLength] == L'\\0'");
-    return nHits;
+    const Argument<char16_t> old(pchOld, m_pchData);
+    const Argument<char16_t> replacement(pchNew, m_pchData);
+    const int nOld = length_of(old);
+    const replacing::WideSearch search = {old, static_cast<std::size_t>(nOld)};
+    return replacing::replace<char16_t>(m_pchData, nOld, replacement,
+                                        pchNew == nullptr ? 0 : length_of(replacement), search);
 }
 
 int WString::Remove(const char16_t* pchText) {
@@ -625,33 +500,24 @@ int WString::NCRemove(char16_t ch) {
 
 /// All hits in one pass over a copy.
 int WString::RemoveJoining(int nUpper, const char16_t* pchUpper) {
-    if (find_upper(*this, nUpper, pchUpper) < 0) {
+    const auto find = [&](const char16_t* pchFirst, const char16_t* pchLast) {
+        return platform::find_folded(pchFirst, pchLast, pchUpper, static_cast<std::size_t>(nUpper));
+    };
+    const int nSegment = length_of(m_pchData);
+    if (find(m_pchData, m_pchData + nSegment) == nullptr) {
         return 0;
     }
     WString work;
     AllocCopy(work, GetLength(), 0, 0);
-    const int nSegment = length_of(work);
-    JoiningRemoval removal = {work.m_pchData, work.m_pchData + nSegment, pchUpper,
-                              static_cast<std::size_t>(nUpper)};
-    const int nHits = removal.Run();
+    replacing::PlainText<char16_t, decltype(find)> text = {work.m_pchData, find};
+    int nEnd = nSegment;
+    const int nHits = replacing::remove_joining(text, nUpper, nEnd);
     // What stands behind an embedded NUL comes along.
-    const char16_t* pchEnd = carry(removal.pchEnd, m_pchData + nSegment, m_pchData + GetLength());
-    TakeRest(nHits, nUpper, distance<char16_t>(work, pchEnd), work);
+    const char16_t* pchEnd = storage::carry<char16_t>(work.m_pchData + nEnd, m_pchData + nSegment,
+                                                      m_pchData + GetLength());
+    replacing::take_rest<char16_t>(m_pchData, nHits, nUpper, work,
+                                   storage::distance<char16_t>(work, pchEnd));
     return nHits;
-}
-
-/// The state that removing one hit at a time leaves: a block of exactly the length. A last removal
-/// that leaves nothing stays in the block of the one before.
-void WString::TakeRest(int nHits, int nHit, int nRest, const char16_t* pchRest) {
-    if (nRest == 0 && nHits == 1) {
-        AssignCopy(nRest, pchRest);
-        return;
-    }
-    WString copy;
-    copy.AllocBuffer(nRest == 0 ? nHit : nRest);
-    copy_units(copy.m_pchData, pchRest, nRest);
-    copy.SetLength(nRest);
-    MoveAssign(copy);
 }
 
 WString WString::FromRepeat(char16_t ch, int nCount) {

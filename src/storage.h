@@ -156,6 +156,34 @@ public:
     Unit* text;
 };
 
+/// A terminated argument as it is at the call, which a part of the value's own text would not stay:
+/// such a one is copied. Null stays null.
+template <class Unit>
+class Argument {
+public:
+    Argument(const Unit* argument, const Unit* text) : units_(argument) {
+        if (blocks::points_into(argument, text, length(text))) {
+            const int count = length_of(argument);
+            alloc(copy_, count);
+            copy_units(copy_, argument, count);
+            units_ = copy_;
+        }
+    }
+    ~Argument() {
+        if (copy_ != nullptr) {
+            release(copy_);
+        }
+    }
+    Argument(const Argument&) = delete;
+    Argument& operator=(const Argument&) = delete;
+
+    operator const Unit*() const noexcept { return units_; }
+
+private:
+    const Unit* units_;
+    Unit* copy_ = nullptr;
+};
+
 /// What was held is given up and the block of `source` taken over.
 template <class Unit>
 void move_assign(Unit*& text, Unit*& source) noexcept {

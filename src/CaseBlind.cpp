@@ -1,0 +1,367 @@
+// Replacing and removing narrow text with case ignored. What is searched is the upper-cased text:
+// without a copy where the code page folds each byte or sequence by itself and the search text is
+// ASCII, else in a folded copy that runs in parallel to the text.
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <memory>
+
+#include "Kelm.h"
+#include "multibyte/case.h"
+#include "multibyte/multibyte.h"
+#include "multibyte/single_bytes.h"
+#include "replacing.h"
+#include "storage.h"
+
+using platform::CodePage;
+using platform::Grouping;
+using storage::Argument;
+using storage::length_of;
+
+namespace {
+
+bool is_ascii(const char* pchText, int nLen) {
+    return std::all_of(pchText, pchText + nLen, [](char ch) { return (ch & 0x80) == 0; });
+}
+
+/// Whether an upper-cased text can be searched for without folding a copy.
+bool folds_in_place(const CodePage& page, const Kelm& upper) {
+    return (page.grouping == Grouping::SingleByte || page.grouping == Grouping::Utf8) &&
+           is_ascii(upper, upper.GetLength());
+}
+
+/// Upper-cases each segment between NULs.
+void fold_segments(const CodePage& page, char* pchText, int nLen) {
+    for (char* pch = pchText; pch < pchText + nLen; pch += std::strlen(pch) + 1) {
+        platform::_mbsupr(page, pch);
+    }
+}
+
+/// Whether the bytes of each character are all that is needed to tell where it ends, so that the
+/// fold of a text is good for its tails too.
+bool is_well_formed(const CodePage& page, const char* pchText) {
+    while (*pchText != '\0') {
+        const std::size_t nStep = platform::_mbclen(page, pchText);
+        if (nStep == 1 && (*pchText & 0x80) != 0 && page.grouping != Grouping::SingleByte &&
+            (page.grouping != Grouping::DoubleByte ||
+             page.IsLead(static_cast<unsigned char>(*pchText)))) {
+            return false;
+        }
+        pchText += nStep;
+    }
+    return true;
+}
+
+/// Searches one text again and again for a folded one. Where the text must be copied for folding,
+/// the copy serves until the text changes.
+class UpperSearch {
+public:
+    UpperSearch(const CodePage& page, const char* pchText) : m_page(page), m_upper(pchText) {
+        m_upper.MakeUpper();
+        m_bInPlace = folds_in_place(page, m_upper);
+        m_bReuse = is_well_formed(page, m_upper);
+    }
+
+    const Kelm& Upper() const { return m_upper; }
+
+    /// First hit in the tail of the text from `nStart`, as an index into the text, or -1.
+    int Find(const Kelm& text, int nStart) {
+        if (m_bInPlace) {
+            return FindInPlace(text, nStart);
+        }
+        if (m_nTail < 0 || !m_bReuse) {
+            m_tail = text.Mid(nStart);
+            m_tail.MakeUpper();
+            m_nTail = nStart;
+        }
+        const int nFound = m_tail.Find(m_upper, nStart - m_nTail);
+        return nFound < 0 ? -1 : m_nTail + nFound;
+    }
+
+    void Forget() { m_nTail = -1; }
+
+private:
+    int FindInPlace(const Kelm& text, int nStart) const {
+        const char* pchStart = text.constBuffer() + nStart;
+        const char* pchEnd = pchStart + std::strlen(pchStart);
+        const char* pchHit = platform::find_folded(m_page, pchStart, pchEnd, m_upper,
+                                                   static_cast<std::size_t>(m_upper.GetLength()));
+        return pchHit == nullptr ? -1 : nStart + static_cast<int>(pchHit - pchStart);
+    }
+
+    const CodePage& m_page;
+    Kelm m_upper;
+    Kelm m_tail;
+    int m_nTail = -1;  // where the folded tail begins, -1 if there is none
+    bool m_bInPlace;
+    bool m_bReuse;
+};
+
+/// A text, its folded copy and a mark where each character begins. A removal takes out whole
+/// characters, so the others stay as they are, unless a byte that is ill-formed in front of the gap
+/// goes together with what comes next: from there the text is folded and marked anew, up to the
+/// place where the old characters begin again.
+template <class Find>
+class FoldedText {
+public:
+    FoldedText(const CodePage& page, const char* pchText, int nLen, Find find)
+        : m_page(page), m_text(pchText, nLen), m_folded(m_text), m_find(find) {
+        m_folded.MakeUpper();
+        m_pchText = m_text.GetBuffer(0);
+        m_pchFolded = m_folded.GetBuffer(0);
+        m_starts.reset(new bool[static_cast<std::size_t>(nLen) + 1]());
+        for (const char* pch = m_pchText; *pch != '\0'; pch += platform::_mbclen(page, pch)) {
+            m_starts[pch - m_pchText] = true;
+        }
+    }
+
+    const char* Text() const { return m_pchText; }
+    const char* Key() const { return m_pchFolded; }
+
+    const char* Search(const char* pchFirst, const char* pchLast) const {
+        return m_find(pchFirst, pchLast);
+    }
+
+    void Move(int nTo, int nFrom, int nCount) {
+        const std::size_t nBytes = static_cast<std::size_t>(nCount);
+        std::memmove(m_pchText + nTo, m_pchText + nFrom, nBytes);
+        std::memmove(m_pchFolded + nTo, m_pchFolded + nFrom, nBytes);
+        std::memmove(&m_starts[nTo], &m_starts[nFrom], nBytes);
+    }
+
+    /// The first character at or behind `nAt`, or `nEnd`.
+    int StartFrom(int nAt, int nEnd) const {
+        while (nAt < nEnd && !m_starts[nAt]) {
+            ++nAt;
+        }
+        return nAt;
+    }
+
+    void Rejoin(int& nWrite, int& nRead, int nEnd) {
+        // No character of a locale's codeset has more bytes.
+        constexpr int kMostBytes = 4;
+        int nOpen = nWrite;
+        for (int n = nWrite - 1; n >= 0 && n > nWrite - kMostBytes; --n) {
+            const bool bAlone = n + 1 == nWrite || m_starts[n + 1];
+            if (m_starts[n] && bAlone && (m_pchText[n] & 0x80) != 0) {
+                nOpen = n;
+            }
+        }
+        if (nOpen == nWrite && (nRead == nEnd || m_starts[nRead])) {
+            return;
+        }
+        const int nBack = nWrite - nOpen;
+        const int nOld = nRead;
+        nRead -= nBack;
+        Move(nRead, nOpen, nBack);
+        nWrite = nOpen;
+        for (int n = nRead; n < nEnd && (n < nOld || !m_starts[n]);) {
+            n += MarkCharacter(n);
+        }
+    }
+
+private:
+    int MarkCharacter(int nAt) {
+        char szCharacter[MB_LEN_MAX + 1] = {};
+        const std::size_t nLen = platform::_mbclen(m_page, m_pchText + nAt);
+        std::memcpy(szCharacter, m_pchText + nAt, nLen);
+        platform::_mbsupr(m_page, szCharacter);
+        std::memcpy(m_pchFolded + nAt, szCharacter, nLen);
+        std::fill_n(&m_starts[nAt], nLen, false);
+        m_starts[nAt] = true;
+        return static_cast<int>(nLen);
+    }
+
+    const CodePage& m_page;
+    Kelm m_text;
+    Kelm m_folded;
+    char* m_pchText;
+    char* m_pchFolded;
+    std::unique_ptr<bool[]> m_starts;
+    Find m_find;
+};
+
+}  // namespace
+
+int Kelm::NCReplace(const char* pchOld, const char* pchNew) {
+    if (pchOld == nullptr || *pchOld == '\0') {
+        return 0;
+    }
+    const Argument<char> old(pchOld, m_pchData);
+    const Argument<char> replacement(pchNew, m_pchData);
+    const int nNew = pchNew == nullptr ? 0 : length_of(replacement);
+    UpperSearch search(*platform::process_code_page(), old);
+    if (search.Find(*this, 0) < 0) {
+        return 0;
+    }
+    // The steps give up what is locked where it becomes too small, so they are tried on a copy.
+    if (storage::refs(GetData()) < 0) {
+        search.Forget();
+        Kelm trial(m_pchData, GetLength());
+        if (trial.ReplaceForms(search, nNew, replacement) < 0) {
+            const Kelm before(m_pchData, GetLength());
+            return ReplaceOnce(before, search.Upper(), nNew, replacement);
+        }
+        search.Forget();
+        return ReplaceForms(search, nNew, replacement);
+    }
+    const Kelm before(*this);
+    const int nHits = ReplaceForms(search, nNew, replacement);
+    return nHits >= 0 ? nHits : ReplaceOnce(before, search.Upper(), nNew, replacement);
+}
+
+/// The steps of `NCReplace`, one exact form after the other. -1 where they are too much work: steps
+/// that make new hits may go on for ever, or nearly.
+template <class Search>
+int Kelm::ReplaceForms(Search& search, int nNew, const char* pchNew) {
+    const int nOld = search.Upper().GetLength();
+    const long long nMostWork = 64LL * (GetLength() + 65536LL);
+    long long nWork = 0;
+    long long nPosition = 0;
+    long long nResult = 0;
+    int nSame = 0;  // hits of the replacement itself, while the text stays as it is
+    while (nPosition <= GetLength()) {
+        const int nFound = search.Find(*this, static_cast<int>(nPosition));
+        if (nFound < 0) {
+            break;
+        }
+        nWork += GetLength();
+        if (nWork > nMostWork) {
+            return -1;
+        }
+        const long long nNext = static_cast<long long>(nFound) + nNew;
+        const bool bSame = nNew == nOld && std::memcmp(m_pchData + nFound, pchNew,
+                                                       static_cast<std::size_t>(nNew)) == 0;
+        if (!bSame || nSame == 0) {
+            const Kelm sub(m_pchData + nFound, nOld);
+            const int nHits = ReplaceForm(sub, nNew, pchNew, nPosition == 0);
+            if (nHits == 0 && nNext == nPosition) {
+                break;
+            }
+            nSame = bSame ? nHits : 0;
+            nResult += nHits;
+            if (!bSame) {
+                search.Forget();
+            }
+        } else {
+            nResult += nSame;
+        }
+        nPosition = nNext;
+    }
+    return static_cast<int>(std::min<long long>(nResult, INT_MAX));
+}
+
+/// One step of `NCReplace`: every occurrence of one exact form.
+int Kelm::ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart) {
+    // The tail searched from position 0 is the whole text and so holds the block: it is left.
+    Kelm tail;
+    if (bFromStart && storage::refs(GetData()) > 0) {
+        tail = *this;
+    }
+    const CodePage& page = *platform::process_code_page();
+    const replacing::NarrowSearch search = {page, sub, static_cast<std::size_t>(sub.GetLength())};
+    return replacing::replace(m_pchData, sub.GetLength(), pchNew, nNew, search);
+}
+
+/// The text becomes `before` with every hit replaced in one pass; the result is their number.
+int Kelm::ReplaceOnce(const Kelm& before, const Kelm& upper, int nNew, const char* pchNew) {
+    const CodePage& page = *platform::process_code_page();
+    const int nOld = upper.GetLength();
+    const int nLength = before.GetLength();
+    Kelm folded(before, nLength);
+    fold_segments(page, folded.GetBuffer(0), nLength);
+    const auto hits = [&] {
+        return platform::TextHits(page, folded.m_pchData, folded.m_pchData + nLength, upper,
+                                  static_cast<std::size_t>(nOld));
+    };
+    int nHits = 0;
+    for (auto counted = hits(); counted.Next() != nullptr;) {
+        ++nHits;
+    }
+    Kelm text;
+    text.AllocBuffer(
+        storage::checked_length(nLength + (static_cast<long long>(nNew) - nOld) * nHits));
+    char* pchWrite = text.m_pchData;
+    const char* const pchBefore = before;
+    const char* pchRead = pchBefore;
+    auto found = hits();
+    while (const char* pchHit = found.Next()) {
+        pchWrite = std::copy(pchRead, pchBefore + (pchHit - folded.m_pchData), pchWrite);
+        pchWrite = std::copy_n(pchNew, nNew, pchWrite);
+        pchRead = pchBefore + (pchHit - folded.m_pchData) + nOld;
+    }
+    std::copy(pchRead, pchBefore + nLength, pchWrite);
+    if (storage::refs(GetData()) < 0 && text.GetLength() <= GetAllocLength()) {
+        AssignCopy(text.GetLength(), text);
+    } else {
+        MoveAssign(text);
+    }
+    return nHits;
+}
+
+int Kelm::NCRemove(const char* pchText) {
+    if (pchText == nullptr || *pchText == '\0') {
+        return 0;
+    }
+    const CodePage& page = *platform::process_code_page();
+    Kelm upper(pchText);
+    upper.MakeUpper();
+    const int nLen = upper.GetLength();
+    const std::size_t nSize = static_cast<std::size_t>(nLen);
+    if (!folds_in_place(page, upper)) {
+        return RemoveFolded(nLen, [&](const char* pchFirst, const char* pchLast) {
+            return platform::_mbsstr(page, pchFirst, pchLast, upper, nSize);
+        });
+    }
+    const auto find = [&](const char* pchFirst, const char* pchLast) {
+        return platform::find_folded(page, pchFirst, pchLast, upper, nSize);
+    };
+    const int nSegment = static_cast<int>(std::strlen(m_pchData));
+    if (find(m_pchData, m_pchData + nSegment) == nullptr) {
+        return 0;
+    }
+    Kelm work(m_pchData, GetLength());
+    replacing::PlainText<char, decltype(find)> text = {work.m_pchData, find};
+    int nEnd = nSegment;
+    const int nHits = replacing::remove_joining(text, nLen, nEnd);
+    TakeRest(nHits, nLen, nEnd, work.m_pchData, nSegment);
+    return nHits;
+}
+
+int Kelm::NCRemove(char ch) {
+    const CodePage& page = *platform::process_code_page();
+    const char szText[] = {ch, '\0'};
+    if (page.grouping == Grouping::SingleByte || is_ascii(szText, 1)) {
+        return NCRemove(szText);
+    }
+    // In the text form the byte would be found at the head of longer characters too.
+    const auto chUpper = static_cast<unsigned char>(platform::toupper(ch));
+    return RemoveFolded(1, [&](const char* pchFirst, const char* pchLast) {
+        return platform::_mbschr(page, pchFirst, pchLast, chUpper);
+    });
+}
+
+/// Removes what `search` finds in the folded text, hits of `nSize` bytes.
+template <class Search>
+int Kelm::RemoveFolded(int nSize, Search search) {
+    const int nSegment = static_cast<int>(std::strlen(m_pchData));
+    FoldedText<Search> text(*platform::process_code_page(), m_pchData, nSegment, search);
+    int nEnd = nSegment;
+    const int nHits = replacing::remove_joining(text, nSize, nEnd);
+    if (nHits != 0) {
+        Kelm rest(m_pchData, GetLength());
+        std::memcpy(rest.m_pchData, text.Text(), static_cast<std::size_t>(nEnd));
+        TakeRest(nHits, nSize, nEnd, rest.m_pchData, nSegment);
+    }
+    return nHits;
+}
+
+/// The text becomes `nEnd` bytes at `pchRest`, where a copy of it stands, and what lies behind the
+/// first NUL of the copy.
+void Kelm::TakeRest(int nHits, int nSize, int nEnd, char* pchRest, int nSegment) {
+    const char* pchEnd =
+        storage::carry<char>(pchRest + nEnd, m_pchData + nSegment, m_pchData + GetLength());
+    replacing::take_rest<char>(m_pchData, nHits, nSize, pchRest,
+                               storage::distance<char>(pchRest, pchEnd));
+}
