@@ -12,6 +12,7 @@
 #include "multibyte/multibyte.h"
 #include "multibyte/single_bytes.h"
 #include "replacing.h"
+#include "searching.h"
 #include "storage.h"
 
 using platform::CodePage;
@@ -84,10 +85,13 @@ public:
 private:
     int FindInPlace(const Kelm& text, int nStart) const {
         const char* pchStart = text.constBuffer() + nStart;
-        const char* pchEnd = pchStart + std::strlen(pchStart);
-        const char* pchHit = platform::find_folded(m_page, pchStart, pchEnd, m_upper,
-                                                   static_cast<std::size_t>(m_upper.GetLength()));
-        return pchHit == nullptr ? -1 : nStart + static_cast<int>(pchHit - pchStart);
+        const std::size_t nUpper = static_cast<std::size_t>(m_upper.GetLength());
+        const auto find = [&](const char* pchFirst, const char* pchLast) {
+            return platform::find_folded(m_page, pchFirst, pchLast, m_upper, nUpper);
+        };
+        const char* pchHit = searching::narrow(m_page, pchStart,
+                                               text.constBuffer() + text.GetLength(), nUpper, find);
+        return searching::index(text.constBuffer(), pchHit);
     }
 
     const CodePage& m_page;

@@ -21,6 +21,7 @@
 #include "replacing.h"
 #include "search/scan.h"
 #include "search/text_search.h"
+#include "searching.h"
 #include "similarity.h"
 #include "storage.h"
 #include "system_errors.h"
@@ -39,15 +40,6 @@ namespace {
 
 constexpr KelmData* KelmDataNil = &blocks::nil<char>.header;
 
-/// A search that began at `pchStart` ends at the first NUL: a hit behind one is none.
-int hit_index(const char* pchText, const char* pchStart, const char* pchHit) {
-    if (pchHit == nullptr) {
-        return -1;
-    }
-    const std::size_t nSearched = static_cast<std::size_t>(pchHit - pchStart);
-    return std::memchr(pchStart, 0, nSearched) != nullptr ? -1 : distance(pchText, pchHit);
-}
-
 bool is_ascii(const char* pchText, int nLen) {
     return std::all_of(pchText, pchText + nLen, [](char ch) { return (ch & 0x80) == 0; });
 }
@@ -57,14 +49,15 @@ bool folds_in_place(const CodePage& page) {
     return page.grouping == Grouping::SingleByte || page.grouping == Grouping::Utf8;
 }
 
-/// Index of the first place from `nStart` that folds to `upper`, which is ASCII, in a code page
-/// that folds in place.
-int find_upper(const CodePage& page, const Kelm& text, int nStart, const Kelm& upper) {
+/// Index of the first place that folds to the upper-cased ASCII text, in a code page that folds in
+/// place.
+int find_upper(const CodePage& page, const Kelm& text, const char* pchUpper, std::size_t nUpper) {
     const char* pchText = text;
-    const char* pchStart = pchText + nStart;
-    return hit_index(pchText, pchStart,
-                     platform::find_folded(page, pchStart, pchText + text.GetLength(), upper,
-                                           static_cast<std::size_t>(upper.GetLength())));
+    const auto find = [&](const char* pchFirst, const char* pchLast) {
+        return platform::find_folded(page, pchFirst, pchLast, pchUpper, nUpper);
+    };
+    return searching::index(
+        pchText, searching::narrow(page, pchText, pchText + text.GetLength(), nUpper, find));
 }
 
 /// Bytes of a character within a text of known length, where NUL is a character like any other.
@@ -347,9 +340,11 @@ int Kelm::Find(char ch, int nStart) const noexcept {
         const char* pchHit = std::strchr(pchStart, ch);
         return pchHit == nullptr ? -1 : distance(m_pchData, pchHit);
     }
-    return hit_index(
-        m_pchData, pchStart,
-        platform::_mbschr(page, pchStart, m_pchData + GetLength(), static_cast<unsigned char>(ch)));
+    const auto find = [&](const char* pchFirst, const char* pchLast) {
+        return platform::_mbschr(page, pchFirst, pchLast, static_cast<unsigned char>(ch));
+    };
+    return searching::index<char>(
+        m_pchData, searching::narrow(page, pchStart, m_pchData + GetLength(), 1, find));
 }
 
 int Kelm::Find(char ch) const noexcept {
@@ -363,9 +358,12 @@ int Kelm::Find(const char* pchText, int nStart) const noexcept {
     }
     const char* pchStart = m_pchData + nStart;
     const CodePage& page = *platform::process_code_page();
-    return hit_index(
-        m_pchData, pchStart,
-        platform::_mbsstr(page, pchStart, m_pchData + GetLength(), pchText, std::strlen(pchText)));
+    const std::size_t nLen = std::strlen(pchText);
+    const auto find = [&](const char* pchFirst, const char* pchLast) {
+        return platform::_mbsstr(page, pchFirst, pchLast, pchText, nLen);
+    };
+    return searching::index<char>(
+        m_pchData, searching::narrow(page, pchStart, m_pchData + GetLength(), nLen, find));
 }
 
 int Kelm::Find(const char* pchText) const noexcept {
@@ -387,8 +385,11 @@ int Kelm::FindOneOf(const char* pchSet) const noexcept {
         return -1;
     }
     const CodePage& page = *platform::process_code_page();
-    return hit_index(m_pchData, m_pchData,
-                     platform::_mbspbrk(page, m_pchData, m_pchData + GetLength(), pchSet));
+    const auto find = [&](const char* pchFirst, const char* pchLast) {
+        return platform::_mbspbrk(page, pchFirst, pchLast, pchSet);
+    };
+    return searching::index<char>(
+        m_pchData, searching::narrow(page, m_pchData, m_pchData + GetLength(), 1, find));
 }
 
 int Kelm::NCFind(char ch) const {
@@ -399,11 +400,9 @@ int Kelm::NCFind(char ch) const {
         return Kelm(*this).Find(chUpper);
     }
     if (folds_in_place(page) && is_ascii(&chUpper, 1)) {
-        return hit_index(
-            m_pchData, m_pchData,
-            platform::find_folded(page, m_pchData, m_pchData + GetLength(), &chUpper, 1));
+        return find_upper(page, *this, &chUpper, 1);
     }
-    Kelm mycopy(*this);
+    Kelm mycopy(m_pchData);  // no more than the search may see
     mycopy.MakeUpper();
     return mycopy.Find(chUpper);
 }
@@ -413,9 +412,9 @@ int Kelm::NCFind(const char* pchText) const {
     scopy.MakeUpper();
     const CodePage& page = *platform::process_code_page();
     if (folds_in_place(page) && is_ascii(scopy, scopy.GetLength())) {
-        return find_upper(page, *this, 0, scopy);
+        return find_upper(page, *this, scopy, static_cast<std::size_t>(scopy.GetLength()));
     }
-    Kelm mycopy(*this);
+    Kelm mycopy(m_pchData);  // no more than the search may see
     mycopy.MakeUpper();
     return mycopy.Find(scopy);
 }

@@ -12,6 +12,7 @@
 #include "print/print.h"
 #include "replacing.h"
 #include "search/scan.h"
+#include "searching.h"
 #include "storage.h"
 #include "wide/wide.h"
 
@@ -22,20 +23,15 @@ using storage::length_of;
 
 namespace {
 
-/// A search that began at `pchStart` ends at the first NUL: a hit behind one is none.
-int hit_index(const char16_t* pchText, const char16_t* pchStart, const char16_t* pchHit) {
-    if (pchHit == nullptr || platform::wcschr(pchStart, pchHit, u'\0') != nullptr) {
-        return -1;
-    }
-    return distance(pchText, pchHit);
-}
-
 /// Index of the first place that folds to `upper`.
 int find_upper(const WString& text, int nLen, const char16_t* pchUpper) {
     const char16_t* pchText = text;
-    return hit_index(pchText, pchText,
-                     platform::find_folded(pchText, pchText + text.GetLength(), pchUpper,
-                                           static_cast<std::size_t>(nLen)));
+    const std::size_t nUpper = static_cast<std::size_t>(nLen);
+    const auto find = [&](const char16_t* pchFirst, const char16_t* pchLast) {
+        return platform::find_folded(pchFirst, pchLast, pchUpper, nUpper);
+    };
+    return searching::index(pchText,
+                            searching::wide(pchText, pchText + text.GetLength(), nUpper, find));
 }
 
 int count_hits(const char16_t* pchFirst, const char16_t* pchLast, int nLen,
@@ -260,7 +256,10 @@ int WString::Find(char16_t ch, int nStart) const noexcept {
     if (ch == u'\0') {
         return distance(m_pchData, platform::find_unit(pchStart, pchEnd, ch));
     }
-    return hit_index(m_pchData, pchStart, platform::wcschr(pchStart, pchEnd, ch));
+    const auto find = [=](const char16_t* pchFirst, const char16_t* pchLast) {
+        return platform::wcschr(pchFirst, pchLast, ch);
+    };
+    return searching::index<char16_t>(m_pchData, searching::wide(pchStart, pchEnd, 1, find));
 }
 
 int WString::Find(char16_t ch) const noexcept {
@@ -273,9 +272,12 @@ int WString::Find(const char16_t* pchText, int nStart) const noexcept {
         return -1;
     }
     const char16_t* pchStart = m_pchData + nStart;
-    return hit_index(
-        m_pchData, pchStart,
-        platform::wcsstr(pchStart, m_pchData + GetLength(), pchText, platform::wcslen(pchText)));
+    const std::size_t nLen = platform::wcslen(pchText);
+    const auto find = [=](const char16_t* pchFirst, const char16_t* pchLast) {
+        return platform::wcsstr(pchFirst, pchLast, pchText, nLen);
+    };
+    return searching::index<char16_t>(
+        m_pchData, searching::wide(pchStart, m_pchData + GetLength(), nLen, find));
 }
 
 int WString::Find(const char16_t* pchText) const noexcept {
@@ -295,8 +297,11 @@ int WString::FindOneOf(const char16_t* pchSet) const noexcept {
     if (pchSet == nullptr) {
         return -1;
     }
-    return hit_index(m_pchData, m_pchData,
-                     platform::wcspbrk(m_pchData, m_pchData + GetLength(), pchSet));
+    const auto find = [=](const char16_t* pchFirst, const char16_t* pchLast) {
+        return platform::wcspbrk(pchFirst, pchLast, pchSet);
+    };
+    return searching::index<char16_t>(m_pchData,
+                                      searching::wide(m_pchData, m_pchData + GetLength(), 1, find));
 }
 
 int WString::NCFind(char16_t ch) const {

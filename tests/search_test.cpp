@@ -1,7 +1,13 @@
 // Searching and extraction, against plain searches of the standard library over all small texts.
 
 #include <algorithm>
+#include <chrono>
 #include <climits>
+#include <cstring>
+#include <functional>
+#include <random>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "locales.h"
@@ -17,6 +23,15 @@ const int kEnds[] = {INT_MIN, INT_MIN + 1, -1, 0, 1, 2, 4, 5, 6, INT_MAX - 1, IN
 
 int index(std::size_t n) {
     return n == std::string::npos ? -1 : static_cast<int>(n);
+}
+
+const char* const kLocales[] = {"C", "de_DE.ISO-8859-1", "ja_JP.SHIFT_JIS", "ja_JP.EUC-JP"};
+
+template <class Function>
+double seconds(Function function) {
+    const auto start = std::chrono::steady_clock::now();
+    function();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 }  // namespace
@@ -79,6 +94,92 @@ TYPED_TEST(Searching, EndsAtNul) {
     const Unit* null = nullptr;
     EXPECT_TRUE(text.Find(null) == -1 && text.Find(null, 2) == -1 && text.FindOneOf(null) == -1 &&
                 text.Count(null) == 0);
+}
+
+// Four hundred searches of a text that ends after ten units, with much behind it, take less than
+// forty passes over it.
+TYPED_TEST(Searching, CostsNothingBehindTheNul) {
+    using Unit = typename Twin<TypeParam>::Unit;
+    using Search = std::function<int(const TypeParam&)>;
+    std::vector<std::pair<const char*, Search>> searches = {
+        {"Find(C)", [](const TypeParam& text) { return text.Find(Unit('q')); }},
+        {"Find(C, int)", [](const TypeParam& text) { return text.Find(Unit(0xE9), 1); }},
+        {"Find(C const*)", [](const TypeParam& text) { return text.Find(T_("qz")); }},
+        {"Find(C const*, int)", [](const TypeParam& text) { return text.Find(T_("qz"), 1); }},
+        {"FindOneOf", [](const TypeParam& text) { return text.FindOneOf(T_("qz")); }},
+        {"ReverseFind", [](const TypeParam& text) { return text.ReverseFind(Unit('q')); }},
+        {"NCFind(C)", [](const TypeParam& text) { return text.NCFind(Unit('q')); }},
+        {"NCFind(C const*)", [](const TypeParam& text) { return text.NCFind(T_("qz")); }},
+        {"Count", [](const TypeParam& text) { return text.Count(T_("qz")) - 1; }}};
+    if constexpr (std::is_same_v<TypeParam, Kelm>) {
+        searches.emplace_back("NCFind, folded copy",
+                              [](const Kelm& text) { return text.NCFind("\xE9q"); });
+    }
+    TypeParam text = TypeParam::FromRepeat(Unit('a'), 1 << 24);
+    text.SetAt(10, 0);
+    int nPasses = 0;
+    const double passes = seconds([&] {
+        for (int n = 0; n < 40; ++n) {
+            nPasses += text.Count(Unit('b')) + 1;
+        }
+    });
+    ASSERT_EQ(nPasses, 40);
+    for (const char* name : kLocales) {
+        const LocaleScope locale(name);
+        for (const auto& search : searches) {
+            const double taken = seconds([&] {
+                for (int n = 0; n < 400; ++n) {
+                    ASSERT_EQ(search.second(text), -1) << name << ' ' << search.first;
+                }
+            });
+            EXPECT_LT(taken, passes) << name << ' ' << search.first;
+        }
+    }
+}
+
+// Long enough to be searched in stretches, which must cut no character and no hit.
+TEST(LongSearching, StretchesAgainstAWalk) {
+    std::mt19937 random(7);
+    for (const char* name : kLocales) {
+        const LocaleScope locale(name);
+        const bool bLeads = std::strchr(name, 'J') != nullptr;
+        for (int nRound = 0; nRound < 300; ++nRound) {
+            std::string text;
+            std::vector<bool> starts;
+            while (text.size() < 5000) {
+                const auto n = random();
+                const bool bLong = bLeads && n % 3 == 0;
+                text += bLong ? "\xA4\xE0"
+                        : n % 2000 == 1 && nRound % 2 == 1
+                            ? std::string(1, '\0')
+                            : std::string(1, "ab "[n % 7 == 0 ? 2 : n % 2]);
+                starts.resize(text.size(), false);
+                starts[text.size() - (bLong ? 2 : 1)] = true;
+            }
+            // In Shift_JIS the first byte is a character and the second leads: another text.
+            if (std::strcmp(name, "ja_JP.SHIFT_JIS") == 0) {
+                std::replace(text.begin(), text.end(), '\xA4', '\x84');
+                std::replace(text.begin(), text.end(), '\xE0', 'a');
+            }
+            const std::size_t nStart = static_cast<std::size_t>(
+                std::find(starts.begin() + random() % 2000, starts.end(), true) - starts.begin());
+            const std::string find = text.substr(2500 + random() % 2400, 1 + random() % 9);
+            const auto hit = [&] {
+                const std::size_t nEnd = std::min(text.find('\0', nStart), text.size());
+                auto at = text.substr(0, nEnd).find(find, nStart);
+                while (at != std::string::npos && !starts[at]) {
+                    at = text.substr(0, nEnd).find(find, at + 1);
+                }
+                return index(at);
+            };
+            if (find.find('\0') != std::string::npos) {
+                continue;
+            }
+            const Kelm object(text.data(), static_cast<int>(text.size()));
+            ASSERT_EQ(object.Find(find.c_str(), static_cast<int>(nStart)), hit())
+                << name << " round " << nRound;
+        }
+    }
 }
 
 TYPED_TEST(Searching, ExtractionClampsAndShares) {
