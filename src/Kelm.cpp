@@ -1048,11 +1048,7 @@ bool Kelm::Recode(unsigned int nFrom, unsigned int nTo) {
     }
     const auto narrow =
         std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(encoding.Size()) + 1);
-    const int nNarrow = encoding.Write(narrow.get());
-    if (nNarrow == 0) {
-        return false;
-    }
-    narrow[static_cast<std::size_t>(nNarrow)] = '\0';
+    narrow[static_cast<std::size_t>(encoding.Write(narrow.get()))] = '\0';
     // An assignment that needs a new block gives up the old one first; memory may be short, so the
     // new one is made before that.
     if (refs(GetData()) > 1 || GetAllocLength() < length_of(narrow.get())) {

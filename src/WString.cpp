@@ -666,9 +666,7 @@ Kelm WString::ToKelm() const {
 Kelm WString::ToKelm(unsigned int nCodePage) const {
     const platform::Encoding encoding(nCodePage, m_pchData, GetLength());
     Kelm text;
-    if (encoding.Write(text.GetBufferSetLength(encoding.Size())) != encoding.Size()) {
-        text.Release();
-    }
+    encoding.Write(text.GetBufferSetLength(encoding.Size()));
     return text;
 }
 
@@ -727,9 +725,7 @@ int WString::VFormat(char16_t* pchDest, const char16_t* pchFormat, va_list argLi
 WString WString::_FromCodePage(const char* pchText, int nLength, unsigned int nCodePage) {
     const platform::Decoding decoding(nCodePage, pchText, nLength);
     WString text;
-    if (decoding.Write(text.GetBufferSetLength(decoding.Size())) != decoding.Size()) {
-        text.Release();
-    }
+    decoding.Write(text.GetBufferSetLength(decoding.Size()));
     return text;
 }
 

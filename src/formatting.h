@@ -18,6 +18,18 @@ inline void print(char16_t* destination, int capacity, const char16_t* format, v
     platform::_vswprintf(destination, capacity, format, arguments);
 }
 
+/// Prints what was printed before, which takes memory only where each conversion opens a converter.
+/// Without it, what stood in front stays.
+template <class Unit>
+void print_again(Unit* text, int index, const Unit* format, va_list arguments) {
+    try {
+        print(text + index, storage::header_of(text)->nAllocLength - index, format, arguments);
+    } catch (...) {
+        storage::set_length(text, index);
+        throw;
+    }
+}
+
 /// Prints behind the first `index` units: first beside the value, which a short text has to be only
 /// once. A text that the allowance does not cover gets exactly its room.
 template <class Unit>
@@ -29,7 +41,7 @@ void print_at(Unit*& text, int index, const Unit* format, va_list arguments) {
     const int room = std::max(rehearsal.allowance, rehearsal.length);
     storage::get_buffer(text, storage::checked_length(static_cast<long long>(index) + room));
     if (rehearsal.length > briefRoom) {
-        print(text + index, storage::header_of(text)->nAllocLength - index, format, arguments);
+        print_again(text, index, format, arguments);
     } else if (rehearsal.length > 0) {
         storage::copy_units(text + index, brief, rehearsal.length + 1);
     }

@@ -26,7 +26,7 @@ enum class Grouping : unsigned char {
 struct CodePage {
     unsigned int number;  ///< 0 in the row of a codeset without a number
     Grouping grouping;
-    const char* converter;  ///< name for iconv; null only when there was no memory for a name
+    const char* converter;  ///< name for iconv; null where there was no memory for it
     const bool* leadBytes;  ///< 256 entries when DoubleByte, null otherwise
     PageTables* tables;
 

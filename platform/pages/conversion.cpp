@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstddef>
+#include <new>
 
 #include "lanes/ascii_runs.h"
 #include "pages/code_pages.h"
@@ -17,13 +18,11 @@ namespace {
 constexpr unsigned int kAscii = 20127;
 constexpr unsigned int kLatin1 = 28591;
 
-const CodePage* page_of(unsigned int number) {
-    return number == 0 ? process_code_page() : find_code_page(number);
-}
-
-/// 0 where an `int` cannot count the result.
 int to_size(std::size_t size) {
-    return size <= INT_MAX ? static_cast<int>(size) : 0;
+    if (size > INT_MAX) {
+        throw std::bad_alloc();
+    }
+    return static_cast<int>(size);
 }
 
 bool is_own_single(const CodePage& page) {
@@ -58,11 +57,26 @@ void encode_own_single(const char16_t* source, std::size_t length, char16_t limi
     }
 }
 
+/// Null where there is nothing to convert, or nothing to convert it with.
+const CodePage* page_of(unsigned int number, int length) {
+    if (length <= 0) {
+        return nullptr;
+    }
+    return number == 0 ? &usable_page(*process_code_page()) : find_code_page(number);
+}
+
 }  // namespace
 
-Decoding::Decoding(unsigned int codePage, const char* source, int length) noexcept
-    : source_(source), length_(length) {
-    page_ = length > 0 ? page_of(codePage) : nullptr;
+const CodePage& usable_page(const CodePage& page) {
+    const bool isOwn = page.grouping == Grouping::Utf8 || is_own_single(page);
+    return isOwn || decode_table(page) != nullptr ? page : *find_code_page(kAscii);
+}
+
+Decoding::Decoding(unsigned int codePage, const char* source, int length)
+    : Decoding(page_of(codePage, length), source, length) {}
+
+Decoding::Decoding(const CodePage* page, const char* source, int length)
+    : page_(page), source_(source), length_(length) {
     if (page_ == nullptr) {
         return;
     }
@@ -79,7 +93,7 @@ Decoding::Decoding(unsigned int codePage, const char* source, int length) noexce
     }
 }
 
-int Decoding::Write(char16_t* destination) const noexcept {
+int Decoding::Write(char16_t* destination) const {
     if (size_ == 0) {
         return 0;
     }
@@ -91,16 +105,18 @@ int Decoding::Write(char16_t* destination) const noexcept {
     } else if (page_->number == kAscii) {
         decode_ascii(source_, count, destination);
     } else if (const DecodeTable* table = decode_table(*page_); table->isStreamed) {
-        return to_size(stream_decode(page_->converter, source_, count, destination));
+        stream_decode(page_->converter, source_, count, destination);
     } else {
         table_decode(*table, source_, count, destination, static_cast<std::size_t>(size_));
     }
     return size_;
 }
 
-Encoding::Encoding(unsigned int codePage, const char16_t* source, int length) noexcept
-    : source_(source), length_(length) {
-    page_ = length > 0 ? page_of(codePage) : nullptr;
+Encoding::Encoding(unsigned int codePage, const char16_t* source, int length)
+    : Encoding(page_of(codePage, length), source, length) {}
+
+Encoding::Encoding(const CodePage* page, const char16_t* source, int length)
+    : page_(page), source_(source), length_(length) {
     if (page_ == nullptr) {
         return;
     }
@@ -115,7 +131,7 @@ Encoding::Encoding(unsigned int codePage, const char16_t* source, int length) no
     }
 }
 
-int Encoding::Write(char* destination) const noexcept {
+int Encoding::Write(char* destination) const {
     if (size_ == 0) {
         return 0;
     }
@@ -126,7 +142,7 @@ int Encoding::Write(char* destination) const noexcept {
     } else if (is_own_single(*page_)) {
         encode_own_single(source_, count, own_limit(*page_), destination, size);
     } else if (const EncodeTable* table = encode_table(*page_); table->isStreamed) {
-        return to_size(stream_encode(page_->converter, source_, count, destination));
+        stream_encode(page_->converter, source_, count, destination);
     } else {
         table_encode(*table, source_, count, destination, size);
     }
@@ -134,7 +150,7 @@ int Encoding::Write(char* destination) const noexcept {
 }
 
 int MultiByteToWideChar(unsigned int codePage, const char* source, int length,
-                        char16_t* destination, int destinationSize) noexcept {
+                        char16_t* destination, int destinationSize) {
     const Decoding decoding(codePage, source, length);
     if (destinationSize == 0) {
         return decoding.Size();
@@ -143,7 +159,7 @@ int MultiByteToWideChar(unsigned int codePage, const char* source, int length,
 }
 
 int WideCharToMultiByte(unsigned int codePage, const char16_t* source, int length,
-                        char* destination, int destinationSize) noexcept {
+                        char* destination, int destinationSize) {
     const Encoding encoding(codePage, source, length);
     if (destinationSize == 0) {
         return encoding.Size();

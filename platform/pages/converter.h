@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <new>
 
 namespace platform {
 
@@ -22,7 +23,8 @@ private:
 /// The C library's converter for a page, to or from code points (`wchar_t` has 32 bits).
 class Converter {
 public:
-    Converter(const char* to, const char* from) : handle_(iconv_open(to, from)) {}
+    /// Throws `std::bad_alloc`; is not open where the system has no such converter.
+    Converter(const char* to, const char* from);
     ~Converter() {
         if (IsOpen()) {
             iconv_close(handle_);
@@ -33,6 +35,13 @@ public:
 
     // The C library says "none" with a pointer of -1.
     bool IsOpen() const { return reinterpret_cast<std::ptrdiff_t>(handle_) != -1; }
+
+    /// For a converter that has been open before: it is there, so that it is some means that lacks.
+    void Demand() const {
+        if (!IsOpen()) {
+            throw std::bad_alloc();
+        }
+    }
 
     /// 0, or the reason why it stopped: E2BIG, EILSEQ or EINVAL.
     template <class From, class To>

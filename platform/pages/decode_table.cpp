@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 
 #include "lanes/ascii_runs.h"
 #include "pages/converter.h"
@@ -21,30 +22,21 @@ struct Release {
 };
 using OwnedTable = std::unique_ptr<DecodeTable, Release>;
 
-enum class Outcome { Good, Irregular, NoMemory };
-
-/// Fills a table by asking the converter for every sequence on its own.
+/// Fills a table by asking the converter for every sequence on its own. What returns false found
+/// that the page does not fit the form of a table.
 class Builder {
 public:
     Builder(const CodePage& page, Converter& converter, DecodeTable& table)
         : page_(page), converter_(converter), table_(table) {}
 
-    Outcome Build() {
+    bool Build() {
+        AddFours();
         std::size_t root = 0;
-        Outcome outcome = AddRow(root);
-        if (outcome == Outcome::Good) {
-            outcome = FillRow(root, 0);
+        if (!AddRow(root) || !FillRow(root, 0) || !AddBadLeads()) {
+            return false;
         }
-        if (outcome == Outcome::Good && page_.number == gb18030::kNumber) {
-            outcome = AddFours();
-        }
-        if (outcome == Outcome::Good) {
-            outcome = AddBadLeads();
-        }
-        if (outcome == Outcome::Good) {
-            Describe();
-        }
-        return outcome;
+        Describe();
+        return true;
     }
 
 private:
@@ -53,82 +45,84 @@ private:
 
     Answer Ask(std::size_t length) { return convert_alone<4, wchar_t>(converter_, bytes_, length); }
 
-    Outcome AddRow(std::size_t& row) {
+    bool AddRow(std::size_t& row) {
+        constexpr std::size_t kAtOnce = 32;
         if (rowCount_ == DecodeTable::kMaxRows) {
-            return Outcome::Irregular;
+            return false;
         }
-        void* rows = std::realloc(table_.rows, (rowCount_ + 1) * sizeof(DecodeTable::Row));
-        if (rows == nullptr) {
-            return Outcome::NoMemory;
+        if (rowCount_ % kAtOnce == 0) {
+            void* rows =
+                std::realloc(table_.rows, (rowCount_ + kAtOnce) * sizeof(DecodeTable::Row));
+            if (rows == nullptr) {
+                throw std::bad_alloc();
+            }
+            table_.rows = static_cast<DecodeTable::Row*>(rows);
         }
-        table_.rows = static_cast<DecodeTable::Row*>(rows);
         row = rowCount_++;
         for (char16_t& entry : table_.rows[row]) {
             entry = DecodeTable::kUndefined;
         }
-        return Outcome::Good;
+        return true;
     }
 
     /// The row for the byte behind a prefix of `depth` bytes.
-    Outcome FillRow(std::size_t row, std::size_t depth) {
+    bool FillRow(std::size_t row, std::size_t depth) {
         for (unsigned int byte = 0; byte < 256; ++byte) {
             bytes_[depth] = static_cast<char>(byte);
             char16_t entry = DecodeTable::kUndefined;
-            const Outcome outcome = FindEntry(depth + 1, entry);
-            if (outcome != Outcome::Good) {
-                return outcome;
+            if (!FindEntry(depth + 1, entry)) {
+                return false;
             }
             table_.rows[row][byte] = entry;
         }
-        return Outcome::Good;
+        return true;
     }
 
-    Outcome FindEntry(std::size_t length, char16_t& entry) {
+    bool FindEntry(std::size_t length, char16_t& entry) {
         const Answer answer = Ask(length);
         if (answer.error == EINVAL) {
             return Descend(length, entry);
         }
         if (answer.error != 0) {
-            return Outcome::Good;
+            return true;
         }
         const auto code = static_cast<char32_t>(answer.units[0]);
         if (answer.count != 1 || is_surrogate(code)) {
-            return Outcome::Irregular;
+            return false;
         }
-        return code < 0x10000 ? (entry = static_cast<char16_t>(code), Outcome::Good)
+        return code < 0x10000 ? (entry = static_cast<char16_t>(code), true)
                               : AddAstral(code, entry);
     }
 
-    Outcome Descend(std::size_t length, char16_t& entry) {
+    bool Descend(std::size_t length, char16_t& entry) {
         if (length == 2 && page_.number == gb18030::kNumber) {
             entry = DecodeTable::kFour;
-            return Outcome::Good;
-        }
-        if (length + 1 == kMaxSequence) {
-            return Outcome::Irregular;
+            return true;
         }
         std::size_t row = 0;
-        const Outcome outcome = AddRow(row);
-        if (outcome != Outcome::Good) {
-            return outcome;
+        if (length + 1 == kMaxSequence || !AddRow(row)) {
+            return false;
         }
         entry = static_cast<char16_t>(DecodeTable::kNextRow + row);
         return FillRow(row, length);
     }
 
-    Outcome AddAstral(char32_t code, char16_t& entry) {
+    bool AddAstral(char32_t code, char16_t& entry) {
         if (table_.astralCount == DecodeTable::kMaxAstral) {
-            return Outcome::Irregular;
+            return false;
         }
         entry = static_cast<char16_t>(DecodeTable::kAstral + table_.astralCount);
         table_.astral[table_.astralCount++] = code;
-        return Outcome::Good;
+        return true;
     }
 
-    Outcome AddFours() {
+    void AddFours() {
+        if (page_.number != gb18030::kNumber) {
+            return;
+        }
         table_.fours = static_cast<char16_t*>(std::calloc(gb18030::kBmpCount, sizeof(char16_t)));
         if (table_.fours == nullptr) {
-            return Outcome::NoMemory;
+            throw std::bad_alloc();
         }
         for (std::size_t i = 0; i < gb18030::kBmpCount; ++i) {
             const gb18030::Four four = gb18030::four_at(i);
@@ -138,23 +132,24 @@ private:
                 table_.fours[i] = static_cast<char16_t>(answer.units[0]);
             }
         }
-        return Outcome::Good;
     }
 
     /// A lead byte takes the next byte even where the page has no characters for it.
-    Outcome AddBadLeads() {
-        if (page_.leadBytes == nullptr) {
-            return Outcome::Good;
-        }
+    bool AddBadLeads() {
         std::size_t row = 0;
-        const Outcome outcome = AddRow(row);
-        for (std::size_t byte = 0; byte < 256 && outcome == Outcome::Good; ++byte) {
+        if (page_.leadBytes == nullptr) {
+            return true;
+        }
+        if (!AddRow(row)) {
+            return false;
+        }
+        for (std::size_t byte = 0; byte < 256; ++byte) {
             char16_t& entry = table_.rows[0][byte];
             if (page_.leadBytes[byte] && entry == DecodeTable::kUndefined) {
                 entry = static_cast<char16_t>(DecodeTable::kNextRow + row);
             }
         }
-        return outcome;
+        return true;
     }
 
     void Describe() {
@@ -174,25 +169,21 @@ private:
     char bytes_[kMaxSequence] = {};
 };
 
+/// Null where the system has no converter.
 OwnedTable build(const CodePage& page) {
     const ErrnoKeeper keeper;
     if (page.converter == nullptr) {
-        return nullptr;
+        throw std::bad_alloc();
     }
     Converter converter(kCodePoints, page.converter);
-    OwnedTable table(static_cast<DecodeTable*>(std::calloc(1, sizeof(DecodeTable))));
-    if (!converter.IsOpen() || table == nullptr) {
+    if (!converter.IsOpen()) {
         return nullptr;
     }
-    switch (Builder(page, converter, *table).Build()) {
-        case Outcome::NoMemory:
-            return nullptr;
-        case Outcome::Irregular:
-            table->isStreamed = true;
-            break;
-        case Outcome::Good:
-            break;
+    OwnedTable table(static_cast<DecodeTable*>(std::calloc(1, sizeof(DecodeTable))));
+    if (table == nullptr) {
+        throw std::bad_alloc();
     }
+    table->isStreamed = !Builder(page, converter, *table).Build();
     return table;
 }
 
@@ -284,7 +275,7 @@ inline Step read_sequence(const DecodeTable& table, const char* p, const char* l
 
 }  // namespace
 
-const DecodeTable* decode_table(const CodePage& page) noexcept {
+const DecodeTable* decode_table(const CodePage& page) {
     std::atomic<const DecodeTable*>& slot = page.tables->decode;
     const DecodeTable* known = slot.load(std::memory_order_acquire);
     if (known != nullptr) {

@@ -29,8 +29,9 @@ struct DecodeTable {
     char32_t astral[kMaxAstral];  ///< code points of sequences of two bytes
 };
 
-/// The page's table, built if need be; null without memory or where the system has no converter.
-const DecodeTable* decode_table(const CodePage& page) noexcept;
+/// The page's table, built if need be; null where the system has no converter. Throws
+/// `std::bad_alloc`.
+const DecodeTable* decode_table(const CodePage& page);
 
 /// Units and conversion of a text by a table that is not streamed.
 std::size_t table_decoded_size(const DecodeTable& table, const char* source,

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 
 #include "lanes/ascii_runs.h"
 #include "pages/converter.h"
@@ -38,24 +39,24 @@ std::uint32_t ask(Converter& converter, char32_t code, std::uint32_t otherwise) 
     return entry;
 }
 
-bool add_block(EncodeTable& table, const std::uint32_t* block) {
+void add_block(EncodeTable& table, const std::uint32_t* block) {
     constexpr std::size_t kBytes = EncodeTable::kBlock * sizeof *block;
-    void* entries = std::realloc(table.entries, (table.blockCount + 1) * kBytes);
-    if (entries == nullptr) {
-        return false;
+    constexpr std::size_t kAtOnce = 16;
+    if (table.blockCount % kAtOnce == 0) {
+        void* entries = std::realloc(table.entries, (table.blockCount + kAtOnce) * kBytes);
+        if (entries == nullptr) {
+            throw std::bad_alloc();
+        }
+        table.entries = static_cast<std::uint32_t*>(entries);
     }
-    table.entries = static_cast<std::uint32_t*>(entries);
     std::memcpy(table.entries + table.blockCount * EncodeTable::kBlock, block, kBytes);
     ++table.blockCount;
-    return true;
 }
 
-bool fill(EncodeTable& table, Converter& converter) {
+void fill(EncodeTable& table, Converter& converter) {
     std::uint32_t block[EncodeTable::kBlock];
     std::fill(std::begin(block), std::end(block), table.replacement);
-    if (!add_block(table, block)) {
-        return false;
-    }
+    add_block(table, block);
     for (std::size_t high = 0; high < 256; ++high) {
         bool isUsed = false;
         for (std::size_t low = 0; low < EncodeTable::kBlock; ++low) {
@@ -68,11 +69,8 @@ bool fill(EncodeTable& table, Converter& converter) {
             continue;
         }
         table.block[high] = static_cast<std::uint16_t>(table.blockCount);
-        if (!add_block(table, block)) {
-            return false;
-        }
+        add_block(table, block);
     }
-    return true;
 }
 
 std::uint32_t entry_of(const EncodeTable& table, char16_t unit) {
@@ -99,12 +97,16 @@ void describe(EncodeTable& table) {
     table.isDouble = !table.hasFours && highest <= 0xFFFF;
 }
 
+/// Null where the system has no converter.
 OwnedTable build(const CodePage& page) {
     const ErrnoKeeper keeper;
     const DecodeTable* decode = decode_table(page);
-    OwnedTable table(static_cast<EncodeTable*>(std::calloc(1, sizeof(EncodeTable))));
-    if (decode == nullptr || table == nullptr) {
+    if (decode == nullptr) {
         return nullptr;
+    }
+    OwnedTable table(static_cast<EncodeTable*>(std::calloc(1, sizeof(EncodeTable))));
+    if (table == nullptr) {
+        throw std::bad_alloc();
     }
     table->decode = decode;
     table->isStreamed = decode->isStreamed;
@@ -112,17 +114,13 @@ OwnedTable build(const CodePage& page) {
         return table;
     }
     Converter converter(page.converter, kCodePoints);
-    if (!converter.IsOpen()) {
-        return nullptr;
-    }
+    converter.Demand();
     table->hasFours = decode->fours != nullptr;
     table->replacement = ask(converter, U'?', '?');
     for (std::size_t i = 0; i < decode->astralCount; ++i) {
         table->astral[i] = ask(converter, decode->astral[i], table->replacement);
     }
-    if (!fill(*table, converter)) {
-        return nullptr;
-    }
+    fill(*table, converter);
     describe(*table);
     return table;
 }
@@ -212,7 +210,7 @@ void encode_single(const EncodeTable& table, const char16_t* source, std::size_t
 
 }  // namespace
 
-const EncodeTable* encode_table(const CodePage& page) noexcept {
+const EncodeTable* encode_table(const CodePage& page) {
     std::atomic<const EncodeTable*>& slot = page.tables->encode;
     const EncodeTable* known = slot.load(std::memory_order_acquire);
     if (known != nullptr) {

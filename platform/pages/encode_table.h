@@ -28,8 +28,9 @@ struct EncodeTable {
     std::uint32_t astral[16];  ///< bytes of `decode->astral`
 };
 
-/// The page's table, built if need be; null without memory or where the system has no converter.
-const EncodeTable* encode_table(const CodePage& page) noexcept;
+/// The page's table, built if need be; null where the system has no converter. Throws
+/// `std::bad_alloc`.
+const EncodeTable* encode_table(const CodePage& page);
 
 /// Bytes and conversion of a text by a table that is not streamed.
 std::size_t table_encoded_size(const EncodeTable& table, const char16_t* source,

@@ -88,12 +88,10 @@ std::size_t read_codes(const char16_t*& p, const char16_t* last, wchar_t* codes)
 }  // namespace
 
 std::size_t stream_decode(const char* page, const char* source, std::size_t length,
-                          char16_t* destination) noexcept {
+                          char16_t* destination) {
     const ErrnoKeeper keeper;
     Converter converter(kCodePoints, page);
-    if (!converter.IsOpen()) {
-        return 0;
-    }
+    converter.Demand();
     UnitSink sink{destination, 0};
     Stream<wchar_t, UnitSink> stream(converter, sink);
     const char* p = source;
@@ -108,12 +106,10 @@ std::size_t stream_decode(const char* page, const char* source, std::size_t leng
 }
 
 std::size_t stream_encode(const char* page, const char16_t* source, std::size_t length,
-                          char* destination) noexcept {
+                          char* destination) {
     const ErrnoKeeper keeper;
     Converter converter(page, kCodePoints);
-    if (!converter.IsOpen()) {
-        return 0;
-    }
+    converter.Demand();
     ByteSink sink{destination, 0};
     Stream<char, ByteSink> stream(converter, sink);
     wchar_t codes[kBatch];

@@ -7,12 +7,12 @@
 /// that nothing is kept between calls.
 namespace platform {
 
-/// Units of the text, which are written unless `destination` is null; 0 if no converter opens.
+/// Units of the text, which are written unless `destination` is null. Throws `std::bad_alloc`.
 std::size_t stream_decode(const char* page, const char* source, std::size_t length,
-                          char16_t* destination) noexcept;
+                          char16_t* destination);
 
 /// The same in the other direction, in bytes.
 std::size_t stream_encode(const char* page, const char16_t* source, std::size_t length,
-                          char* destination) noexcept;
+                          char* destination);
 
 }  // namespace platform

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "assertion.h"
 #include "pages/conversion.h"
 #include "pages/decode_table.h"
 #include "pages/utf8_walk.h"
@@ -15,9 +16,8 @@ namespace {
 
 constexpr std::size_t kChunk = 256;
 
-// What one unit of the other width can become.
-template <class Unit>
-constexpr std::size_t kMostPerUnit = std::is_same<Unit, char>::value ? 4 : 1;
+// What one unit of the other width can become, in the code page of any locale.
+constexpr std::size_t kMostPerUnit = 4;
 
 bool is_high(char16_t unit) {
     return (unit & 0xFC00) == 0xD800;
@@ -27,35 +27,23 @@ bool is_low(char16_t unit) {
     return (unit & 0xFC00) == 0xDC00;
 }
 
-int convert(const CodePage& page, const char16_t* text, int count, char* destination, int size) {
-    return WideCharToMultiByte(page.number, text, count, destination, size);
+template <class Conversion, class Unit, class Other>
+std::size_t convert_by(const CodePage& page, const Other* text, std::size_t count,
+                       Unit* destination) {
+    const Conversion conversion(&page, text, static_cast<int>(count));
+    require(static_cast<std::size_t>(conversion.Size()) <= count * kMostPerUnit,
+            "conversion.Size() <= count * kMostPerUnit");
+    return static_cast<std::size_t>(conversion.Write(destination));
 }
 
-int convert(const CodePage& page, const char* text, int count, char16_t* destination, int size) {
-    return MultiByteToWideChar(page.number, text, count, destination, size);
+std::size_t convert(const CodePage& page, const char16_t* text, std::size_t count,
+                    char* destination) {
+    return convert_by<Encoding>(page, text, count, destination);
 }
 
-char substitute(char16_t unit) {
-    return unit < 0x80 ? static_cast<char>(unit) : '?';
-}
-
-char16_t substitute(char byte) {
-    return static_cast<unsigned char>(byte) < 0x80 ? static_cast<char16_t>(byte) : u'\uFFFD';
-}
-
-/// Converts at most `kChunk` units; what the code page's converter refuses is printed unit by unit.
-template <class Unit, class Other>
-std::size_t convert_chunk(const CodePage& page, const Other* text, std::size_t count,
-                          Unit* destination) {
-    const int done = convert(page, text, static_cast<int>(count), destination,
-                             static_cast<int>(count * kMostPerUnit<Unit>));
-    if (done > 0) {
-        return static_cast<std::size_t>(done);
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-        destination[i] = substitute(text[i]);
-    }
-    return count;
+std::size_t convert(const CodePage& page, const char* text, std::size_t count,
+                    char16_t* destination) {
+    return convert_by<Decoding>(page, text, count, destination);
 }
 
 // The next chunk of a text is as long as `most`, or ends in front of a NUL, or where a character
@@ -185,15 +173,16 @@ std::size_t cut(const CodePage&, const char16_t* text, std::size_t, std::size_t 
 }
 
 template <class Unit, class Other>
-std::size_t put_text(Sink<Unit>& sink, const CodePage& page, const Other* text, std::size_t limit) {
-    Unit buffer[kChunk * kMostPerUnit<Unit> + 1];
+std::size_t put_text(Sink<Unit>& sink, const CodePage& own, const Other* text, std::size_t limit) {
+    const CodePage& page = usable_page(own);
+    Unit buffer[kChunk * kMostPerUnit + 1];
     std::size_t total = 0;
     while (total < limit) {
         const std::size_t count = chunk_length(page, text, limit - total);
         if (count == 0) {
             break;
         }
-        const std::size_t length = convert_chunk(page, text, count, buffer);
+        const std::size_t length = convert(page, text, count, buffer);
         if (length > limit - total) {
             buffer[length] = Unit{};
             const std::size_t kept = cut(page, buffer, length, limit - total);
@@ -208,9 +197,9 @@ std::size_t put_text(Sink<Unit>& sink, const CodePage& page, const Other* text, 
 }
 
 template <class Unit, class Other>
-std::size_t put_unit(Sink<Unit>& sink, const CodePage& page, Other unit) {
-    Unit buffer[kMostPerUnit<Unit>];
-    const std::size_t length = convert_chunk(page, &unit, 1, buffer);
+std::size_t put_unit(Sink<Unit>& sink, const CodePage& own, Other unit) {
+    Unit buffer[kMostPerUnit];
+    const std::size_t length = convert(usable_page(own), &unit, 1, buffer);
     sink.Put(buffer, length);
     return length;
 }
@@ -218,20 +207,20 @@ std::size_t put_unit(Sink<Unit>& sink, const CodePage& page, Other unit) {
 }  // namespace
 
 std::size_t put_converted(Sink<char>& sink, const CodePage& page, const char16_t* text,
-                          std::size_t limit) noexcept {
+                          std::size_t limit) {
     return put_text(sink, page, text, limit);
 }
 
 std::size_t put_converted(Sink<char16_t>& sink, const CodePage& page, const char* text,
-                          std::size_t limit) noexcept {
+                          std::size_t limit) {
     return put_text(sink, page, text, limit);
 }
 
-std::size_t put_converted_unit(Sink<char>& sink, const CodePage& page, char16_t unit) noexcept {
+std::size_t put_converted_unit(Sink<char>& sink, const CodePage& page, char16_t unit) {
     return put_unit(sink, page, unit);
 }
 
-std::size_t put_converted_unit(Sink<char16_t>& sink, const CodePage& page, char unit) noexcept {
+std::size_t put_converted_unit(Sink<char16_t>& sink, const CodePage& page, char unit) {
     return put_unit(sink, page, unit);
 }
 

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <climits>
 #include <memory>
+#include <new>
 #include <random>
 #include <string>
 #include <string_view>
@@ -15,16 +16,17 @@
 
 #include "locales.h"
 #include "pages/code_pages.h"
+#include "printing.h"
 #include "texts.h"
 
 namespace {
-bool isWithoutConverters = false;
+int openError = 0;
 }
 
 /// Stands in front of the C library's, so that a test can be without converters.
 extern "C" iconv_t iconv_open(const char* to, const char* from) {
-    if (isWithoutConverters) {
-        errno = ENOMEM;
+    if (openError != 0) {
+        errno = openError;
         return reinterpret_cast<iconv_t>(-1);
     }
     static const auto real =
@@ -86,28 +88,41 @@ std::string Bytes(std::initializer_list<int> values) {
 
 // The tests of the first use of a page come first: the others use all of them.
 
-// What is missing once is not missing for ever, and what is there does not need a converter.
+// Without memory nothing is unknown. Without a converter a number is, and the process's own page is
+// ASCII. Neither lasts, and what is there does not need a converter.
 TEST(FirstUse, WithoutConverters) {
+    const LocaleScope locale("ja_JP.SHIFT_JIS");
     char16_t units[4] = {};
     char bytes[8] = {};
     const Decoding decoding(939, "A", 1);
     const Encoding encoding(939, u"A", 1);
     EXPECT_EQ(Decode(1253, "\xE1"), u"\x03B1");
-    isWithoutConverters = true;
-    for (unsigned int page : {1250u, 949u, 874u, 937u}) {
+    openError = ENOMEM;
+    for (unsigned int page : {0u, 1250u, 949u, 874u, 937u}) {
+        EXPECT_THROW(Decode(page, "a"), std::bad_alloc) << page;
+        EXPECT_THROW(Encode(page, u"a"), std::bad_alloc) << page;
+    }
+    EXPECT_THROW(decoding.Write(units), std::bad_alloc);
+    EXPECT_THROW(encoding.Write(bytes), std::bad_alloc);
+    EXPECT_THROW(Encode(1253, u"\x03B1"), std::bad_alloc);
+    EXPECT_THROW(printing::call("%S", u"a"), std::bad_alloc);
+    openError = EINVAL;
+    for (unsigned int page : {1250u, 949u, 932u}) {
         EXPECT_EQ(Decode(page, "a"), u"") << page;
         EXPECT_EQ(Encode(page, u"a"), "") << page;
     }
-    EXPECT_EQ(decoding.Write(units), 0);
-    EXPECT_EQ(encoding.Write(bytes), 0);
-    EXPECT_EQ(Encode(1253, u"\x03B1"), "");
+    EXPECT_EQ(Decode(0, "a\x83\x4A"), u"a\xFFFDJ");
+    EXPECT_EQ(Encode(0, u"a\x30AB\xD83D\xDE00"), "a??");
+    EXPECT_EQ(printing::call("%S%C", u"a\x30AB", u'\x30AB').text, "a??");
+    EXPECT_EQ(printing::call(u"%S%C", "a\xB6", '\xB6').text, u"a\xFFFD\xFFFD");
     EXPECT_EQ(Decode(1253, "\xE1"), u"\x03B1");
     EXPECT_EQ(Decode(65001, "\xCE\xB1"), u"\x03B1");
     EXPECT_EQ(Encode(28591, u"\xE4"), "\xE4");
-    isWithoutConverters = false;
+    openError = 0;
     EXPECT_EQ(Encode(1253, u"\x03B1"), "\xE1");
     EXPECT_EQ(Decode(949, "\xB0\xA1"), u"\xAC00");
     EXPECT_EQ(Encode(937, u"a"), "\x81");
+    EXPECT_EQ(Encode(0, u"\x30AB"), "\x83\x4A");
 }
 
 struct Utf8Form {
