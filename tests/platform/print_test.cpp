@@ -1,13 +1,20 @@
 #include "print/print.h"
 
 #include <gtest/gtest.h>
+#include <libintl.h>
 
 #include <cerrno>
 #include <cfloat>
 #include <climits>
 #include <cmath>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <limits>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "locales.h"
@@ -304,6 +311,40 @@ TEST(SystemErrors, TextsAndTheLastCode) {
     EXPECT_EQ(buffer, text);
     errno = ENOENT;
     EXPECT_EQ(platform::GetLastError(), static_cast<std::uint32_t>(ENOENT));
+}
+
+/// A catalogue of the C library's messages with one message.
+std::string Catalogue(const std::string& message, const std::string& translation) {
+    const std::string header = "Content-Type: text/plain; charset=UTF-8\n";
+    const std::string texts[] = {"", message, header, translation};
+    std::vector<std::uint32_t> numbers = {0x950412DE, 0, 2, 28, 44, 0, 0};
+    std::string pool;
+    for (const std::string& text : texts) {
+        numbers.push_back(static_cast<std::uint32_t>(text.size()));
+        numbers.push_back(static_cast<std::uint32_t>(60 + pool.size()));
+        pool += text + '\0';
+    }
+    return std::string(reinterpret_cast<const char*>(numbers.data()), 60) + pool;
+}
+
+TEST(SystemErrors, SpeakTheLanguageAndCodesetOfTheLocale) {
+    const std::filesystem::path folder =
+        std::filesystem::path(testing::TempDir()) / "kelm-messages";
+    std::filesystem::create_directories(folder / "de" / "LC_MESSAGES");
+    std::ofstream(folder / "de" / "LC_MESSAGES" / "libc.mo")
+        << Catalogue(::strerrordesc_np(EIO), "Lesefehler, \xC3\xBC");
+    unsetenv("LANGUAGE");
+    bindtextdomain("libc", folder.c_str());
+    char buffer[64];
+    for (const auto& [name, text] : {std::pair("de_DE.UTF-8", "Lesefehler, \xC3\xBC"),
+                                     std::pair("de_DE.ISO-8859-1", "Lesefehler, \xFC"),
+                                     std::pair("C", ::strerrordesc_np(EIO))}) {
+        const LocaleScope locale(name);
+        EXPECT_EQ(platform::FormatMessageA(EIO, buffer, 64), static_cast<int>(std::strlen(text)));
+        EXPECT_STREQ(buffer, text);
+        EXPECT_EQ(platform::FormatMessageA(41, buffer, 64), 0);
+    }
+    std::filesystem::remove_all(folder);
 }
 
 }  // namespace
