@@ -48,6 +48,8 @@ TEST(PrintText, ConvertsAsTheWholeIsConverted) {
                 std::u16string(800 - std::min<std::size_t>(expected.size(), 800), u' ') + expected)
                 << name << seed;
             ASSERT_EQ(call("%S", expected.c_str()).text, encoded(expected)) << name << seed;
+            const std::u16string torn = expected.substr(0, seed) + u'\xD83D';
+            ASSERT_EQ(call("%S", torn.c_str()).text, encoded(torn)) << name << seed;
             const int precision = static_cast<int>(seed);
             const bool isSplit = precision > 0 && (expected[seed - 1] & 0xFC00) == 0xD800;
             ASSERT_EQ(call(u"%.*S", precision, text.c_str()).text,
