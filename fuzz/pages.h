@@ -24,7 +24,7 @@ inline constexpr Page kPages[] = {
     {1252, "CP1252", false},  {1255, "CP1255", true},   {1258, "CP1258", true},
     {864, "IBM864", false},   {500, "IBM500", false},   {932, "CP932", false},
     {936, "GBK", false},      {949, "CP949", false},    {950, "BIG5", false},
-    {1361, "JOHAB", false},   {939, "IBM939", false},   {51932, "EUC-JP", false},
+    {1361, "JOHAB", false},   {939, "IBM939", false},   {51932, "EUC-JP-MS", false},
     {51936, "EUC-CN", false}, {51949, "EUC-KR", false}, {54936, "GB18030", false},
 };
 
@@ -40,7 +40,8 @@ inline void Require(bool holds) {
 }
 
 /// The whole text converted, nothing where the converter finds fault with it. Tag characters are a
-/// fault too: the converter drops them without a word.
+/// fault too: the converter drops them without a word. So is a backslash's byte in Johab, where the
+/// library has that and the converter the won sign.
 inline std::optional<std::string> Convert(const char* to, const char* from, std::string text) {
     const iconv_t converter = iconv_open(to, from);
     char* in = text.data();
@@ -52,6 +53,10 @@ inline std::optional<std::string> Convert(const char* to, const char* from, std:
                         iconv(converter, nullptr, nullptr, &out, &room) == std::size_t(-1);
     iconv_close(converter);
     result.resize(result.size() - room);
+    const bool isJohab = std::string("JOHAB") == to || std::string("JOHAB") == from;
+    if (isJohab && (text + result).find('\\') != std::string::npos) {
+        return std::nullopt;
+    }
     return failed ? std::nullopt : std::optional(result);
 }
 

@@ -74,7 +74,7 @@ id;name;city;orders;active;note
 2006;Großmarkt Süd;München;2650;1;Tor	B	links
 END
 } | encode CP1252 >customers-1252.csv
-printf '2007;Caf\351 \201toile;Gen\350ve;15;yes;\n' >>customers-1252.csv
+printf '2007;Caf\351 \311toile;Gen\350ve;15;yes;\n' >>customers-1252.csv
 
 {
     printf '\357\273\277'

@@ -12,6 +12,8 @@
 #include <new>
 #include <string_view>
 
+#include "pages/corrections.h"
+
 namespace platform {
 namespace {
 
@@ -179,7 +181,7 @@ constexpr Page kPages[] = {
     {28604, "ISO-8859-14"},
     {28605, "ISO-8859-15"},
     {28606, "ISO-8859-16"},
-    {51932, "EUC-JP", Grouping::Other},
+    {51932, corrections::kEucJp, Grouping::Other},
     {51936, "EUC-CN", Grouping::Other},
     {51949, "EUC-KR", Grouping::Other},
     {54936, "GB18030", Grouping::Other},

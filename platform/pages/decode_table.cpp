@@ -7,6 +7,7 @@
 
 #include "lanes/ascii_runs.h"
 #include "pages/converter.h"
+#include "pages/corrections.h"
 #include "pages/gb18030.h"
 #include "pages/utf16_walk.h"
 
@@ -32,7 +33,11 @@ public:
     bool Build() {
         AddFours();
         std::size_t root = 0;
-        if (!AddRow(root) || !FillRow(root, 0) || !AddBadLeads()) {
+        if (!AddRow(root) || !FillRow(root, 0)) {
+            return false;
+        }
+        Correct();
+        if (!AddBadLeads()) {
             return false;
         }
         Describe();
@@ -132,6 +137,34 @@ private:
                 table_.fours[i] = static_cast<char16_t>(answer.units[0]);
             }
         }
+    }
+
+    void Correct() {
+        corrections::for_each(page_.number, [this](unsigned int lead, unsigned int trail,
+                                                   char16_t unit, bool overrides) {
+            std::size_t row = 0;
+            if (lead != 0 && !FindRowBehind(lead, row)) {
+                return;
+            }
+            char16_t& entry = table_.rows[row][trail];
+            if (overrides || entry == DecodeTable::kUndefined) {
+                entry = unit;
+            }
+        });
+    }
+
+    /// Made if need be; none behind what is a character of one byte.
+    bool FindRowBehind(unsigned int lead, std::size_t& row) {
+        const char16_t entry = table_.rows[0][lead];
+        if (entry != DecodeTable::kUndefined) {
+            row = entry - std::size_t{DecodeTable::kNextRow};
+            return row < rowCount_;
+        }
+        if (!AddRow(row)) {
+            return false;
+        }
+        table_.rows[0][lead] = static_cast<char16_t>(DecodeTable::kNextRow + row);
+        return true;
     }
 
     /// A lead byte takes the next byte even where the page has no characters for it.

@@ -9,6 +9,7 @@
 
 #include "lanes/ascii_runs.h"
 #include "pages/converter.h"
+#include "pages/corrections.h"
 #include "pages/decode_table.h"
 #include "pages/gb18030.h"
 #include "pages/utf16_walk.h"
@@ -73,6 +74,34 @@ void fill(EncodeTable& table, Converter& converter) {
     }
 }
 
+/// The entry of a unit in a block of its own.
+std::uint32_t& own_entry(EncodeTable& table, char16_t unit) {
+    std::uint16_t& block = table.block[unit >> 8];
+    if (block == 0) {
+        std::uint32_t none[EncodeTable::kBlock];
+        std::fill(std::begin(none), std::end(none), table.replacement);
+        block = static_cast<std::uint16_t>(table.blockCount);
+        add_block(table, none);
+    }
+    return table.entries[block * EncodeTable::kBlock + (unit & 0xFF)];
+}
+
+void correct(EncodeTable& table, unsigned int page) {
+    corrections::for_each(
+        page, [&](unsigned int lead, unsigned int trail, char16_t unit, bool overrides) {
+            const std::uint32_t bytes = lead != 0 ? lead | trail << 8 : trail;
+            std::uint32_t& entry = own_entry(table, unit);
+            if (overrides) {
+                // What had these bytes is not what they say.
+                std::uint32_t* end = table.entries + table.blockCount * EncodeTable::kBlock;
+                std::replace(table.entries, end, bytes, table.replacement);
+            }
+            if (overrides || entry == table.replacement) {
+                entry = bytes;
+            }
+        });
+}
+
 std::uint32_t entry_of(const EncodeTable& table, char16_t unit) {
     return table.entries[table.block[unit >> 8] * EncodeTable::kBlock + (unit & 0xFF)];
 }
@@ -121,6 +150,7 @@ OwnedTable build(const CodePage& page) {
         table->astral[i] = ask(converter, decode->astral[i], table->replacement);
     }
     fill(*table, converter);
+    correct(*table, page.number);
     describe(*table);
     return table;
 }

@@ -33,7 +33,7 @@ const LocaleCase kLocaleCases[] = {
     {"ja_JP.SHIFT_JIS", 932, Grouping::DoubleByte, "CP932"},
     {"zh_CN.GBK", 936, Grouping::DoubleByte, "GBK"},
     {"zh_TW.BIG5", 950, Grouping::DoubleByte, "BIG5"},
-    {"ja_JP.EUC-JP", 51932, Grouping::Other, "EUC-JP"},
+    {"ja_JP.EUC-JP", 0, Grouping::Other, "EUC-JP"},
     {"ko_KR.EUC-KR", 51949, Grouping::Other, "EUC-KR"},
     {"zh_CN.GB18030", 54936, Grouping::Other, "GB18030"},
     {"ka_GE.GEORGIAN-PS", 0, Grouping::SingleByte, "GEORGIAN-PS"},

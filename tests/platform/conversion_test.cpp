@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <map>
 #include <memory>
 #include <new>
 #include <random>
@@ -304,6 +305,49 @@ u16string Units(const std::string& bytes) {
     return text;
 }
 
+struct Area {
+    unsigned int page;
+    int firstLead;
+    int lastLead;
+    int unit;
+    int perRow;
+};
+
+const Area kUsersAreas[] = {
+    {936, 0xAA, 0xAF, 0xE000, 94},  {936, 0xF8, 0xFE, 0xE234, 94},  {936, 0xA1, 0xA7, 0xE4C6, 96},
+    {949, 0xC9, 0xC9, 0xE000, 94},  {949, 0xFE, 0xFE, 0xE05E, 94},  {950, 0xFA, 0xFE, 0xE000, 157},
+    {950, 0x8E, 0xA0, 0xE311, 157}, {950, 0x81, 0x8D, 0xEEB8, 157},
+};
+
+/// Of a trail byte in its row; -1 where it is none.
+int Rank(const Area& area, int trail) {
+    const bool isLow = trail >= 0x40 && trail < 0x7F;
+    const bool isHigh = trail >= 0xA1 && trail < 0xFF;
+    if (area.perRow == 94) {
+        return isHigh ? trail - 0xA1 : -1;
+    }
+    if (area.perRow == 96 && trail >= 0x80 && trail <= 0xA0) {
+        return trail - 0x41;
+    }
+    return isLow ? trail - 0x40 : isHigh && area.perRow == 157 ? trail - 0x62 : -1;
+}
+
+/// What a page has and the converter's table lacks, or 0.
+char16_t Beside(unsigned int page, int lead, int trail) {
+    const bool hasControls = page == 874 || (page >= 1250 && page <= 1258);
+    if (lead == 0) {
+        const bool isControl = hasControls && (trail & 0xE0) == 0x80;
+        return static_cast<char16_t>(page == 875 && trail == 0x6A ? '|' : isControl ? trail : 0);
+    }
+    for (const Area& area : kUsersAreas) {
+        const int rank = Rank(area, trail);
+        if (area.page == page && lead >= area.firstLead && lead <= area.lastLead && rank >= 0) {
+            return static_cast<char16_t>(area.unit + area.perRow * (lead - area.firstLead) + rank);
+        }
+    }
+    return 0;
+}
+
 /// The shortest prefix that is a character; else the bytes that began one and the next, up to the
 /// first ASCII byte, are one U+FFFD.
 u16string SlowDecode(const CodePage& page, Iconv& iconv, std::string_view bytes) {
@@ -315,6 +359,17 @@ u16string SlowDecode(const CodePage& page, Iconv& iconv, std::string_view bytes)
         int error = EINVAL;
         while (error == EINVAL && length < bytes.size()) {
             error = iconv.Convert(bytes.substr(0, ++length), result);
+        }
+        if (page.number == 1361 && lead == 0x5C) {
+            result = "\\\0"s;
+        }
+        const bool isPair = page.grouping == Grouping::DoubleByte && bytes.size() > 1;
+        const char16_t own = Beside(page.number, isPair ? lead : 0,
+                                    static_cast<unsigned char>(isPair ? bytes[1] : bytes[0]));
+        if (error != 0 && own != 0) {
+            length = isPair ? 2 : 1;
+            result = Bytes({own & 0xFF, own >> 8});
+            error = 0;
         }
         if (error != 0) {
             if (page.leadBytes != nullptr && page.IsLead(lead)) {
@@ -364,11 +419,24 @@ TEST(Pages, EverySequenceOfOneAndTwoBytes) {
     }
 }
 
+/// The bytes of what stands beside the converter's table.
+std::map<int, std::string> OwnUnits(const CodePage& page) {
+    std::map<int, std::string> units;
+    for (int bytes = 0; bytes < 0x10000 && page.grouping != Grouping::Other; ++bytes) {
+        const bool isSingle = bytes < 0x100;
+        if (const char16_t unit = Beside(page.number, bytes >> 8, bytes & 0xFF)) {
+            units[unit] = isSingle ? Bytes({bytes}) : Bytes({bytes >> 8, bytes & 0xFF});
+        }
+    }
+    return units;
+}
+
 // Downwards, so that no surrogates pair up; every unit for itself where characters shift states.
 TEST(Pages, EveryUnit) {
     for (const CodePage* page : AllPages()) {
         Iconv iconv(page->converter, "UTF-16LE");
         const bool isAlone = HasShifts(*page);
+        const std::map<int, std::string> own = OwnUnits(*page);
         std::string question;
         ASSERT_EQ(iconv.Convert("?\0"s, question), 0);
         u16string text;
@@ -376,7 +444,12 @@ TEST(Pages, EveryUnit) {
         for (int unit = 0xFFFF; unit >= 0; unit -= isAlone ? 997 : 1) {
             std::string one;
             if (iconv.Convert(Bytes({unit & 0xFF, unit >> 8}), one) != 0) {
-                one = page->grouping == Grouping::Utf8 ? "\xEF\xBF\xBD" : question;
+                one = page->grouping == Grouping::Utf8 ? "\xEF\xBF\xBD"
+                      : own.contains(unit)             ? own.at(unit)
+                                                       : question;
+            }
+            if (page->number == 1361 && (unit == '\\' || unit == 0x20A9)) {
+                one = unit == '\\' ? "\\" : question;
             }
             text += static_cast<char16_t>(unit);
             wanted += one;
@@ -387,6 +460,14 @@ TEST(Pages, EveryUnit) {
             }
         }
     }
+}
+
+// As in 932, which plain EUC-JP cannot give back.
+TEST(Pages, EucJpHasTheVendorsCharacters) {
+    const u16string text = u"－∥①Ⅰ㈱～";
+    EXPECT_EQ(Decode(932, Encode(932, text)), text);
+    EXPECT_EQ(Decode(51932, "\xA1\xDD\xA1\xC2\xAD\xA1\xAD\xB5\xAD\xEA\xA1\xC1"), text);
+    EXPECT_EQ(Decode(51932, Encode(51932, text)), text);
 }
 
 TEST(Pages, LongerSequences) {
@@ -484,7 +565,7 @@ TEST(Contract, ZeroMeansTheProcess) {
         std::string bytes;
     } cases[] = {
         {"C", "\xC3\xA4\xE3\x81\x82"},     {"de_DE.ISO-8859-1", "\xE4"},
-        {"ja_JP.SHIFT_JIS", "\x82\xA0"},   {"ja_JP.EUC-JP", "\xA4\xA2\x8F\xB0\xA1"},
+        {"ja_JP.SHIFT_JIS", "\x82\xA0"},   {"ja_JP.EUC-JP", "\xA4\xA2\x8F\xB0\xA1\xA1\xC1"},
         {"ka_GE.GEORGIAN-PS", "\xC0\xC1"}, {"zh_TW.EUC-TW", "\x8E\xA2\xA1\xA1\xC4\xE3x"},
     };
     for (const auto& c : cases) {
