@@ -487,8 +487,8 @@ public:
                            const Arguments&...) = delete;  ///< As for `Format`.
 
     /// The formatted text, a tag with the error code in decimal and hexadecimal, and the system's
-    /// text for the code, if it has one and that fits into 2048 bytes with the rest. Code 0 stands
-    /// for `errno`.
+    /// text for the code in the language of the thread's locale, if it has one and that fits into
+    /// 2048 bytes with the rest. Code 0 stands for `errno`.
     void FormatMsg(std::uint32_t nError, const char* pchFormat, ...);
     template <class... Arguments, class = typename KelmIfObject<Arguments...>::type>
     void FormatMsg(std::uint32_t nError, const char* pchFormat,
@@ -864,7 +864,7 @@ public:
     WString(const char16_t* pchText);
     WString(char16_t* pchText);  ///< As for `const char16_t*`.
 
-    /// Decodes the whole text from the process's code page. Empty if that fails.
+    /// Decodes the whole text from the process's code page.
     WString(const Kelm& string);
 
     /// Decodes the text up to its first NUL from the process's code page. A null pointer gives the
