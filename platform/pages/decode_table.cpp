@@ -308,18 +308,12 @@ inline Step read_sequence(const DecodeTable& table, const char* p, const char* l
 
 }  // namespace
 
-const DecodeTable* decode_table(const CodePage& page) {
-    std::atomic<const DecodeTable*>& slot = page.tables->decode;
-    const DecodeTable* known = slot.load(std::memory_order_acquire);
-    if (known != nullptr) {
-        return known;
-    }
+const DecodeTable* first_decode_table(const CodePage& page) {
     OwnedTable table = build(page);
-    if (table == nullptr) {
-        return nullptr;
-    }
-    if (slot.compare_exchange_strong(known, table.get(), std::memory_order_acq_rel,
-                                     std::memory_order_acquire)) {
+    const DecodeTable* known = nullptr;
+    if (table == nullptr ||
+        page.tables->decode.compare_exchange_strong(known, table.get(), std::memory_order_acq_rel,
+                                                    std::memory_order_acquire)) {
         return table.release();
     }
     return known;

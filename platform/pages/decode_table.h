@@ -29,9 +29,14 @@ struct DecodeTable {
     char32_t astral[kMaxAstral];  ///< code points of sequences of two bytes
 };
 
-/// The page's table, built if need be; null where the system has no converter. Throws
-/// `std::bad_alloc`.
-const DecodeTable* decode_table(const CodePage& page);
+/// Builds and publishes the page's table at its first use.
+const DecodeTable* first_decode_table(const CodePage& page);
+
+/// The page's table; null where the system has no converter. Throws `std::bad_alloc`.
+inline const DecodeTable* decode_table(const CodePage& page) {
+    const DecodeTable* known = page.tables->decode.load(std::memory_order_acquire);
+    return known != nullptr ? known : first_decode_table(page);
+}
 
 /// Units and conversion of a text by a table that is not streamed.
 std::size_t table_decoded_size(const DecodeTable& table, const char* source,

@@ -240,18 +240,12 @@ void encode_single(const EncodeTable& table, const char16_t* source, std::size_t
 
 }  // namespace
 
-const EncodeTable* encode_table(const CodePage& page) {
-    std::atomic<const EncodeTable*>& slot = page.tables->encode;
-    const EncodeTable* known = slot.load(std::memory_order_acquire);
-    if (known != nullptr) {
-        return known;
-    }
+const EncodeTable* first_encode_table(const CodePage& page) {
     OwnedTable table = build(page);
-    if (table == nullptr) {
-        return nullptr;
-    }
-    if (slot.compare_exchange_strong(known, table.get(), std::memory_order_acq_rel,
-                                     std::memory_order_acquire)) {
+    const EncodeTable* known = nullptr;
+    if (table == nullptr ||
+        page.tables->encode.compare_exchange_strong(known, table.get(), std::memory_order_acq_rel,
+                                                    std::memory_order_acquire)) {
         return table.release();
     }
     return known;

@@ -28,9 +28,14 @@ struct EncodeTable {
     std::uint32_t astral[16];  ///< bytes of `decode->astral`
 };
 
-/// The page's table, built if need be; null where the system has no converter. Throws
-/// `std::bad_alloc`.
-const EncodeTable* encode_table(const CodePage& page);
+/// Builds and publishes the page's table at its first use.
+const EncodeTable* first_encode_table(const CodePage& page);
+
+/// The page's table; null where the system has no converter. Throws `std::bad_alloc`.
+inline const EncodeTable* encode_table(const CodePage& page) {
+    const EncodeTable* known = page.tables->encode.load(std::memory_order_acquire);
+    return known != nullptr ? known : first_encode_table(page);
+}
 
 /// Bytes and conversion of a text by a table that is not streamed.
 std::size_t table_encoded_size(const EncodeTable& table, const char16_t* source,
