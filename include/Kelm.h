@@ -90,8 +90,13 @@
 /// Marks what an exported class keeps to itself.
 #define KELM_LOCAL __attribute__((visibility("hidden")))
 
-/// Says of a parameter that the result lives no longer than it, where the compiler can warn of
-/// that.
+#ifndef KELM_INLINE
+/// Marks a member that is defined here and that the library exports all the same.
+#define KELM_INLINE KELM_API
+#endif
+
+/// Says of a parameter, or behind a member of its value, that the result lives no longer than it.
+/// clang++ warns of a result that is kept longer.
 #if defined(__has_cpp_attribute)
 #if __has_cpp_attribute(clang::lifetimebound)
 #define KELM_LIFETIMEBOUND [[clang::lifetimebound]]
@@ -149,7 +154,7 @@ public:
 
     /// Shares the block of `stringSrc`: one atomic increment. A locked source is copied up to its
     /// first NUL instead, one that 2^30 values share already as a whole.
-    Kelm(const Kelm& stringSrc) {
+    KELM_INLINE Kelm(const Kelm& stringSrc) {
         KelmData* pData = stringSrc.GetData();
         // In one comparison: neither locked or empty nor held so often that the count could end.
         const std::int32_t nRefs = __atomic_load_n(&pData->nRefs, __ATOMIC_ACQUIRE);
@@ -175,7 +180,7 @@ public:
     Kelm(const unsigned char* pchText);
 
     /// Gives up the block; the last holder frees it.
-    ~Kelm() {
+    KELM_INLINE ~Kelm() {
         KelmData* pData = GetData();
         std::int32_t nRefs = __atomic_load_n(&pData->nRefs, __ATOMIC_ACQUIRE);
         if (nRefs <= 0) {
@@ -222,31 +227,31 @@ public:
     /// @{
 
     /// Length in bytes, terminator not counted.
-    int GetLength() const noexcept { return GetData()->nDataLength; }
+    KELM_INLINE int GetLength() const noexcept { return GetData()->nDataLength; }
 
     /// Capacity in bytes, terminator not counted.
-    int GetAllocLength() const noexcept { return GetData()->nAllocLength; }
+    KELM_INLINE int GetAllocLength() const noexcept { return GetData()->nAllocLength; }
 
     /// Bytes of the text without its terminator.
-    int GetByteLength() const noexcept { return GetData()->nDataLength; }
+    KELM_INLINE int GetByteLength() const noexcept { return GetData()->nDataLength; }
 
     /// Whether the length is 0.
-    bool IsEmpty() const noexcept { return GetData()->nDataLength == 0; }
+    KELM_INLINE bool IsEmpty() const noexcept { return GetData()->nDataLength == 0; }
 
     /// The terminated text, never null. Good until the value is modified or destroyed.
-    const char* constBuffer() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
+    KELM_INLINE const char* constBuffer() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
 
     /// The same as `constBuffer`.
-    operator const char*() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
+    KELM_INLINE operator const char*() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
 
     /// The byte at an index from 0 to the length, where the terminator stands. Not tested.
-    char GetAt(int nIndex) const noexcept { return m_pchData[nIndex]; }
+    KELM_INLINE char GetAt(int nIndex) const noexcept { return m_pchData[nIndex]; }
 
     /// The same as `GetAt`; a value, not a reference.
-    char operator[](int nIndex) const noexcept { return GetAt(nIndex); }
+    KELM_INLINE char operator[](int nIndex) const noexcept { return GetAt(nIndex); }
 
     /// The first byte, NUL in an empty text.
-    char Char() const noexcept { return *m_pchData; }
+    KELM_INLINE char Char() const noexcept { return *m_pchData; }
 
     /// Stores one byte. Asserts that the index is within the text. A shared block is left first.
     void SetAt(int nIndex, char ch);
@@ -618,7 +623,9 @@ protected:
     void Init() noexcept;
 
     /// The header of the block.
-    KelmData* GetData() const noexcept { return reinterpret_cast<KelmData*>(m_pchData) - 1; }
+    KELM_INLINE KelmData* GetData() const noexcept {
+        return reinterpret_cast<KelmData*>(m_pchData) - 1;
+    }
 
     /// A new private block of this length and capacity, its bytes undefined; the empty block for 0.
     /// What was held is dropped, not released. Asserts 0 <= `nLen` < INT_MAX.
@@ -845,7 +852,7 @@ public:
     WString() noexcept;
 
     /// Shares the block of `stringSrc`: one atomic increment.
-    WString(const WString& stringSrc) {
+    KELM_INLINE WString(const WString& stringSrc) {
         WStringData* pData = stringSrc.GetData();
         // In one comparison: neither locked or empty nor held so often that the count could end.
         const std::int32_t nRefs = __atomic_load_n(&pData->nRefs, __ATOMIC_ACQUIRE);
@@ -872,7 +879,7 @@ public:
     WString(const char* pchText);
 
     /// Gives up the block; the last holder frees it.
-    ~WString() {
+    KELM_INLINE ~WString() {
         WStringData* pData = GetData();
         std::int32_t nRefs = __atomic_load_n(&pData->nRefs, __ATOMIC_ACQUIRE);
         if (nRefs <= 0) {
@@ -916,33 +923,35 @@ public:
     /// @{
 
     /// Length in units, terminator not counted.
-    int GetLength() const noexcept { return GetData()->nDataLength; }
+    KELM_INLINE int GetLength() const noexcept { return GetData()->nDataLength; }
 
     /// Capacity in units, terminator not counted.
-    int GetAllocLength() const noexcept { return GetData()->nAllocLength; }
+    KELM_INLINE int GetAllocLength() const noexcept { return GetData()->nAllocLength; }
 
     /// Bytes of the text without its terminator: twice the length.
-    int GetByteLength() const noexcept {
+    KELM_INLINE int GetByteLength() const noexcept {
         return GetData()->nDataLength * static_cast<int>(sizeof(char16_t));
     }
 
     /// Whether the length is 0.
-    bool IsEmpty() const noexcept { return GetData()->nDataLength == 0; }
+    KELM_INLINE bool IsEmpty() const noexcept { return GetData()->nDataLength == 0; }
 
     /// The terminated text, never null. Good until the value is modified or destroyed.
-    const char16_t* constBuffer() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
+    KELM_INLINE const char16_t* constBuffer() const noexcept KELM_LIFETIMEBOUND {
+        return m_pchData;
+    }
 
     /// The same as `constBuffer`.
-    operator const char16_t*() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
+    KELM_INLINE operator const char16_t*() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
 
     /// The unit at an index from 0 to the length, where the terminator stands. Not tested.
-    char16_t GetAt(int nIndex) const noexcept { return m_pchData[nIndex]; }
+    KELM_INLINE char16_t GetAt(int nIndex) const noexcept { return m_pchData[nIndex]; }
 
     /// The same as `GetAt`; a value, not a reference.
-    char16_t operator[](int nIndex) const noexcept { return GetAt(nIndex); }
+    KELM_INLINE char16_t operator[](int nIndex) const noexcept { return GetAt(nIndex); }
 
     /// The first unit, NUL in an empty text.
-    char16_t Char() const noexcept { return *m_pchData; }
+    KELM_INLINE char16_t Char() const noexcept { return *m_pchData; }
 
     /// Stores one unit. Asserts that the index is within the text. A shared block is left first.
     void SetAt(int nIndex, char16_t ch);
@@ -1191,7 +1200,9 @@ protected:
     void Init() noexcept;
 
     /// The header of the block.
-    WStringData* GetData() const noexcept { return reinterpret_cast<WStringData*>(m_pchData) - 1; }
+    KELM_INLINE WStringData* GetData() const noexcept {
+        return reinterpret_cast<WStringData*>(m_pchData) - 1;
+    }
 
     /// A new private block of this length and capacity, its units undefined; the empty block for 0.
     /// What was held is dropped, not released. Asserts 0 <= `nLen` < INT_MAX.

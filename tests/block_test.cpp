@@ -1,5 +1,7 @@
 // Blocks: who holds which, what a write does to it, and that the static empty one never changes.
 
+#include <dlfcn.h>
+
 #include <climits>
 #include <new>
 #include <utility>
@@ -38,6 +40,25 @@ TYPED_TEST(Block, LaysTheHeaderDirectlyInFront) {
     EXPECT_EQ(header[0], 1);
     EXPECT_EQ(header[1], 3);
     EXPECT_EQ(header[2], 3);
+}
+
+// As a binding does it that knows nothing but the names of the exports.
+TYPED_TEST(Block, CopiesAreMadeAndDestroyedByName) {
+    const std::string name = sizeof(*TypeParam().constBuffer()) == 1 ? "4Kelm" : "7WString";
+    void* const library = dlopen("libkelm.so.1", RTLD_NOW | RTLD_NOLOAD);
+    ASSERT_NE(library, nullptr);
+    for (const char* kind : {"1", "2"}) {
+        void* copy = dlsym(library, ("_ZN" + name + "C" + kind + "ERKS_").c_str());
+        void* destroy = dlsym(library, ("_ZN" + name + "D" + kind + "Ev").c_str());
+        ASSERT_TRUE(copy != nullptr && destroy != nullptr) << kind;
+        const Open<TypeParam> text(T_("abc"));
+        alignas(TypeParam) unsigned char place[sizeof(TypeParam)];
+        reinterpret_cast<void (*)(void*, const TypeParam&)>(copy)(place, text);
+        EXPECT_EQ(text.Refs(), 2);
+        reinterpret_cast<void (*)(void*)>(destroy)(place);
+        EXPECT_EQ(text.Refs(), 1);
+    }
+    dlclose(library);
 }
 
 // The count is set instead of reached: a billion copies would take too long.
