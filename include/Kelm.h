@@ -81,6 +81,7 @@
 #include <type_traits>
 #if defined(__cpp_impl_three_way_comparison) && defined(__has_include)
 #if __has_include(<compare>)
+#define KELM_THREE_WAY
 #include <compare>
 #endif
 #endif
@@ -752,7 +753,7 @@ KELM_API bool operator>(const char* pchText, const Kelm& string) noexcept;
 KELM_API bool operator>=(const Kelm& string1, const Kelm& string2) noexcept;
 KELM_API bool operator>=(const Kelm& string, const char* pchText) noexcept;
 KELM_API bool operator>=(const char* pchText, const Kelm& string) noexcept;
-#if defined(__cpp_lib_three_way_comparison)
+#ifdef KELM_THREE_WAY
 /// What composites are ordered by: without it `<=>` would compare the addresses of the texts.
 inline std::weak_ordering operator<=>(const Kelm& string1, const Kelm& string2) noexcept {
     return string1.Compare(string2) <=> 0;
@@ -1331,7 +1332,7 @@ KELM_API bool operator>(const char16_t* pchText, const WString& string) noexcept
 KELM_API bool operator>=(const WString& string1, const WString& string2) noexcept;
 KELM_API bool operator>=(const WString& string, const char16_t* pchText) noexcept;
 KELM_API bool operator>=(const char16_t* pchText, const WString& string) noexcept;
-#if defined(__cpp_lib_three_way_comparison)
+#ifdef KELM_THREE_WAY
 /// What composites are ordered by: without it `<=>` would compare the addresses of the texts.
 inline std::weak_ordering operator<=>(const WString& string1, const WString& string2) noexcept {
     return string1.Compare(string2) <=> 0;

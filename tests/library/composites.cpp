@@ -26,7 +26,7 @@ void expect(bool holds, const char* what) {
     }
 }
 
-#if defined(__cpp_lib_three_way_comparison)
+#if __cplusplus >= 202002L
 template <class Text>
 struct Row {
     Text text;
@@ -74,7 +74,7 @@ void check_all(const typename std::remove_pointer<decltype(Text().GetBuffer(0))>
 #if __cplusplus >= 201703L
     check<Text>("optional", [](const Text& text) { return std::optional<Text>(text); });
 #endif
-#if defined(__cpp_lib_three_way_comparison)
+#if __cplusplus >= 202002L
     check<Text>("defaulted", [](const Text& text) { return Row<Text>{text, 1}; });
     const Text text(literal);
     const decltype(literal) null = nullptr;

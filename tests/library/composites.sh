@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds and runs a source by every compiler, library and standard that there is.
+# Builds and runs a source, without a warning, by every compiler, library and standard that there is.
 # Usage: composites.sh SOURCE INCLUDE_FOLDER LIBRARY WORK_FOLDER
 set -euo pipefail
 source=$1 include=$2 library=$3 work=$4
@@ -8,9 +8,9 @@ ran=0
 while read -r -a command; do
     command -v "${command[0]}" >/dev/null || continue
     echo 'int main() {}' | "${command[@]}" -x c++ -o "$work/probe" - 2>/dev/null || continue
-    for standard in 11 20 2b; do
-        "${command[@]}" -std=c++$standard -Wall -Wextra -Wpedantic -Werror -I"$include" "$source" \
-            "$library" -Wl,-rpath,"$(dirname "$library")" -o "$work/composites" ||
+    for standard in 11 14 17 20 2b; do
+        "${command[@]}" -std=c++$standard -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror \
+            -I"$include" "$source" "$library" -Wl,-rpath,"$(dirname "$library")" -o "$work/composites" ||
             { echo "${command[*]} -std=c++$standard: does not compile"; exit 1; }
         "$work/composites" || { echo "${command[*]} -std=c++$standard"; exit 1; }
         ran=$((ran + 1))
