@@ -523,7 +523,7 @@ public:
     /// long`, `unsigned long long`, `double`, `float`, `bool`. Unsigned types take the same bits,
     /// so -1 gives their largest value; `unsigned long` takes 32 of them.
     template <class T>
-    T To() const = delete;
+    T To() const noexcept = delete;
 
     /// The digits of the number. Capacity 32.
     static Kelm From(int nValue);
@@ -598,7 +598,7 @@ public:
     Kelm Element(int nElement, char chDelimiter) const;
 
     /// Number of the first element with this text, or -1. Null is found nowhere.
-    int IndexOfElement(const char* pchText, char chDelimiter) const;
+    int IndexOfElement(const char* pchText, char chDelimiter) const noexcept;
     int IndexOfElement(double dValue, char chDelimiter) const;     ///< The same by `Double`.
     int IndexOfElement(int nValue, char chDelimiter) const;        ///< The same by `Int`.
     int IndexOfElement(char ch, char chDelimiter) const noexcept;  ///< The same by `Char`.
@@ -697,23 +697,23 @@ private:
 
 /// @cond
 template <>
-KELM_API int Kelm::To<int>() const;
+KELM_API int Kelm::To<int>() const noexcept;
 template <>
-KELM_API unsigned int Kelm::To<unsigned int>() const;
+KELM_API unsigned int Kelm::To<unsigned int>() const noexcept;
 template <>
-KELM_API long Kelm::To<long>() const;
+KELM_API long Kelm::To<long>() const noexcept;
 template <>
-KELM_API unsigned long Kelm::To<unsigned long>() const;
+KELM_API unsigned long Kelm::To<unsigned long>() const noexcept;
 template <>
-KELM_API long long Kelm::To<long long>() const;
+KELM_API long long Kelm::To<long long>() const noexcept;
 template <>
-KELM_API unsigned long long Kelm::To<unsigned long long>() const;
+KELM_API unsigned long long Kelm::To<unsigned long long>() const noexcept;
 template <>
-KELM_API double Kelm::To<double>() const;
+KELM_API double Kelm::To<double>() const noexcept;
 template <>
-KELM_API float Kelm::To<float>() const;
+KELM_API float Kelm::To<float>() const noexcept;
 template <>
-KELM_API bool Kelm::To<bool>() const;
+KELM_API bool Kelm::To<bool>() const noexcept;
 /// @endcond
 
 /// @name Joining narrow text
@@ -822,15 +822,15 @@ public:
 
 protected:
     /// First byte at or behind `nStart` that is no white space, or -1 at the end of the text.
-    int FindWhitespace(int nStart) const;
+    int FindWhitespace(int nStart) const noexcept;
 
     /// First byte at or behind `nStart` equal to `ch`, or -1 at the end of the text.
-    int FindChar(int nStart, char ch) const;
+    int FindChar(int nStart, char ch) const noexcept;
 
 private:
     class Classes;
     KELM_LOCAL bool NextToken(const Classes& classes, const char* pchDelimiter);
-    KELM_LOCAL int SkipWhitespace(const Classes& classes, int nStart) const;
+    KELM_LOCAL int SkipWhitespace(const Classes& classes, int nStart) const noexcept;
 
     const Kelm& m_strSource;
     const char* m_pchText;
@@ -1036,7 +1036,7 @@ public:
     int FindOneOf(const char16_t* pchSet) const noexcept;
 
     /// First unit equal to `ch`, both upper-cased.
-    int NCFind(char16_t ch) const;
+    int NCFind(char16_t ch) const noexcept;
 
     /// First occurrence of the text, both sides upper-cased; null counts as empty.
     int NCFind(const char16_t* pchText) const;

@@ -807,47 +807,47 @@ double Kelm::Double() const noexcept {
 }
 
 template <>
-int Kelm::To<int>() const {
+int Kelm::To<int>() const noexcept {
     return Int();
 }
 
 template <>
-unsigned int Kelm::To<unsigned int>() const {
+unsigned int Kelm::To<unsigned int>() const noexcept {
     return static_cast<unsigned int>(Int());
 }
 
 template <>
-long Kelm::To<long>() const {
+long Kelm::To<long>() const noexcept {
     return Long();
 }
 
 template <>
-unsigned long Kelm::To<unsigned long>() const {
+unsigned long Kelm::To<unsigned long>() const noexcept {
     return static_cast<std::uint32_t>(Long());
 }
 
 template <>
-long long Kelm::To<long long>() const {
+long long Kelm::To<long long>() const noexcept {
     return Int64();
 }
 
 template <>
-unsigned long long Kelm::To<unsigned long long>() const {
+unsigned long long Kelm::To<unsigned long long>() const noexcept {
     return static_cast<unsigned long long>(Int64());
 }
 
 template <>
-double Kelm::To<double>() const {
+double Kelm::To<double>() const noexcept {
     return Double();
 }
 
 template <>
-float Kelm::To<float>() const {
+float Kelm::To<float>() const noexcept {
     return static_cast<float>(Double());
 }
 
 template <>
-bool Kelm::To<bool>() const {
+bool Kelm::To<bool>() const noexcept {
     return Bool();
 }
 
@@ -985,7 +985,7 @@ Kelm Kelm::Element(int nElement, char chDelimiter) const {
     return nElement < 0 ? Kelm() : Elements(nElement, nElement, chDelimiter);
 }
 
-int Kelm::IndexOfElement(const char* pchText, char chDelimiter) const {
+int Kelm::IndexOfElement(const char* pchText, char chDelimiter) const noexcept {
     if (pchText == nullptr) {
         return -1;
     }

@@ -153,11 +153,11 @@ void Kelm::Token::Clear() noexcept {
     m_nLength = 0;
 }
 
-int Kelm::Token::FindWhitespace(int nStart) const {
+int Kelm::Token::FindWhitespace(int nStart) const noexcept {
     return SkipWhitespace(Classes(), nStart);
 }
 
-int Kelm::Token::SkipWhitespace(const Classes& classes, int nStart) const {
+int Kelm::Token::SkipWhitespace(const Classes& classes, int nStart) const noexcept {
     const char* pch = m_pchText + nStart;
     while (classes.IsSpace(*pch)) {
         ++pch;
@@ -165,7 +165,7 @@ int Kelm::Token::SkipWhitespace(const Classes& classes, int nStart) const {
     return *pch == '\0' ? -1 : distance(m_pchText, pch);
 }
 
-int Kelm::Token::FindChar(int nStart, char ch) const {
+int Kelm::Token::FindChar(int nStart, char ch) const noexcept {
     while (m_pchText[nStart] != '\0' && m_pchText[nStart] != ch) {
         ++nStart;
     }

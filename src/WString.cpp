@@ -304,7 +304,7 @@ int WString::FindOneOf(const char16_t* pchSet) const noexcept {
                                       searching::wide(m_pchData, m_pchData + GetLength(), 1, find));
 }
 
-int WString::NCFind(char16_t ch) const {
+int WString::NCFind(char16_t ch) const noexcept {
     const char16_t chUpper = platform::towupper(ch);
     if (chUpper == u'\0') {
         return Find(chUpper);
