@@ -107,13 +107,6 @@
 #define KELM_LIFETIMEBOUND
 #endif
 
-/// Says of a member that its result is all it does, where the language can warn of that.
-#if __cplusplus >= 201703L
-#define KELM_NODISCARD [[nodiscard]]
-#else
-#define KELM_NODISCARD
-#endif
-
 /// @cond
 /// `type` where one of the arguments is an object, which the print could not read.
 template <class... Arguments>
@@ -198,23 +191,23 @@ public:
     /// Shares the block of `stringSrc`. If either side is locked, or the source has no block, the
     /// whole text is copied instead: into this value's block where it is not shared and has room,
     /// so that a lock and the address stay. Without memory for the copy the text is empty.
-    Kelm& operator=(const Kelm& stringSrc);
+    Kelm& operator=(const Kelm& stringSrc) KELM_LIFETIMEBOUND;
 
     /// Takes over the block of the source, which is empty afterwards. Moving a value onto itself
     /// leaves it empty.
-    Kelm& operator=(Kelm&& stringSrc) noexcept;
+    Kelm& operator=(Kelm&& stringSrc) noexcept KELM_LIFETIMEBOUND;
 
     /// One byte becomes the text; NUL gives a text of length 1. Uses the present block where it is
     /// not shared and has room. Without memory the text is empty.
-    Kelm& operator=(char ch);
+    Kelm& operator=(char ch) KELM_LIFETIMEBOUND;
 
     /// Copies the text up to its first NUL; it may be part of this value's own. The pointer must
     /// not be null. Uses the present block where it is not shared and has room. Without memory the
     /// text is empty.
-    Kelm& operator=(const char* pchText);
+    Kelm& operator=(const char* pchText) KELM_LIFETIMEBOUND;
 
     /// As for `const char*`.
-    Kelm& operator=(const unsigned char* pchText);
+    Kelm& operator=(const unsigned char* pchText) KELM_LIFETIMEBOUND;
 
     /// Makes the text empty and gives up the block. A locked block stays, locked, and so does a
     /// block without text.
@@ -295,15 +288,15 @@ public:
     /// included.
     /// @{
 
-    Kelm& Append(const Kelm& string);       ///< Appends the text.
-    Kelm& Append(char ch);                  ///< Appends one byte, NUL included.
-    Kelm& Append(const char* pchText);      ///< Appends up to the first NUL.
-    Kelm& operator+=(const Kelm& string);   ///< The same as `Append`.
-    Kelm& operator+=(char ch);              ///< The same as `Append`.
-    Kelm& operator+=(const char* pchText);  ///< The same as `Append`.
-    Kelm& operator<<(const Kelm& string);   ///< The same as `Append`.
-    Kelm& operator<<(char ch);              ///< The same as `Append`.
-    Kelm& operator<<(const char* pchText);  ///< The same as `Append`.
+    Kelm& Append(const Kelm& string) KELM_LIFETIMEBOUND;       ///< Appends the text.
+    Kelm& Append(char ch) KELM_LIFETIMEBOUND;                  ///< Appends one byte, NUL included.
+    Kelm& Append(const char* pchText) KELM_LIFETIMEBOUND;      ///< Appends up to the first NUL.
+    Kelm& operator+=(const Kelm& string) KELM_LIFETIMEBOUND;   ///< The same as `Append`.
+    Kelm& operator+=(char ch) KELM_LIFETIMEBOUND;              ///< The same as `Append`.
+    Kelm& operator+=(const char* pchText) KELM_LIFETIMEBOUND;  ///< The same as `Append`.
+    Kelm& operator<<(const Kelm& string) KELM_LIFETIMEBOUND;   ///< The same as `Append`.
+    Kelm& operator<<(char ch) KELM_LIFETIMEBOUND;              ///< The same as `Append`.
+    Kelm& operator<<(const char* pchText) KELM_LIFETIMEBOUND;  ///< The same as `Append`.
 
     /// @}
     /// @name Searching
@@ -896,22 +889,22 @@ public:
 
     /// Shares the block of `stringSrc`. From a source without a block the text becomes empty, in
     /// this value's block where it is not shared.
-    WString& operator=(const WString& stringSrc);
+    WString& operator=(const WString& stringSrc) KELM_LIFETIMEBOUND;
 
     /// Takes over the block of the source, which is empty afterwards. Moving a value onto itself
     /// leaves it empty.
-    WString& operator=(WString&& stringSrc) noexcept;
+    WString& operator=(WString&& stringSrc) noexcept KELM_LIFETIMEBOUND;
 
     /// One unit becomes the text; NUL gives a text of length 1. Without memory the text is empty.
-    WString& operator=(char16_t ch);
+    WString& operator=(char16_t ch) KELM_LIFETIMEBOUND;
 
     /// Copies the text up to its first NUL; it may be part of this value's own. The pointer must
     /// not be null. Uses the present block where it is not shared and has room. Without memory the
     /// text is empty.
-    WString& operator=(const char16_t* pchText);
+    WString& operator=(const char16_t* pchText) KELM_LIFETIMEBOUND;
 
     /// Decodes the whole text from the process's code page; the value is unchanged without memory.
-    WString& operator=(const Kelm& string);
+    WString& operator=(const Kelm& string) KELM_LIFETIMEBOUND;
 
     /// Makes the text empty and gives up the block. A block without text stays.
     void Empty();
@@ -986,15 +979,15 @@ public:
     /// must not be null; pointers count up to their first NUL, values and characters whole.
     /// @{
 
-    WString& Append(const WString& string);        ///< Appends the text.
-    WString& Append(char16_t ch);                  ///< Appends one unit, NUL included.
-    WString& Append(const char16_t* pchText);      ///< Appends up to the first NUL.
-    WString& operator+=(const WString& string);    ///< The same as `Append`.
-    WString& operator+=(char16_t ch);              ///< The same as `Append`.
-    WString& operator+=(const char16_t* pchText);  ///< The same as `Append`.
-    WString& operator<<(const WString& string);    ///< The same as `Append`.
-    WString& operator<<(char16_t ch);              ///< The same as `Append`.
-    WString& operator<<(const char16_t* pchText);  ///< The same as `Append`.
+    WString& Append(const WString& string) KELM_LIFETIMEBOUND;  ///< Appends the text.
+    WString& Append(char16_t ch) KELM_LIFETIMEBOUND;            ///< Appends one unit, NUL included.
+    WString& Append(const char16_t* pchText) KELM_LIFETIMEBOUND;  ///< Appends up to the first NUL.
+    WString& operator+=(const WString& string) KELM_LIFETIMEBOUND;    ///< The same as `Append`.
+    WString& operator+=(char16_t ch) KELM_LIFETIMEBOUND;              ///< The same as `Append`.
+    WString& operator+=(const char16_t* pchText) KELM_LIFETIMEBOUND;  ///< The same as `Append`.
+    WString& operator<<(const WString& string) KELM_LIFETIMEBOUND;    ///< The same as `Append`.
+    WString& operator<<(char16_t ch) KELM_LIFETIMEBOUND;              ///< The same as `Append`.
+    WString& operator<<(const char16_t* pchText) KELM_LIFETIMEBOUND;  ///< The same as `Append`.
 
     /// @}
     /// @name Concatenation of narrow text and numbers
@@ -1002,15 +995,16 @@ public:
     /// unchanged.
     /// @{
 
-    WString& Append(const Kelm& string);       ///< Appends the decoded text.
-    WString& operator+=(const Kelm& string);   ///< Appends the decoded text.
-    WString& operator<<(const Kelm& string);   ///< Appends the decoded text.
-    WString& operator<<(const char* pchText);  ///< Appends the decoded text; null appends nothing.
-    WString& operator<<(short nValue);         ///< Appends the digits.
-    WString& operator<<(unsigned short nValue);  ///< Appends the digits.
-    WString& operator<<(int nValue);             ///< Appends the digits.
-    WString& operator<<(unsigned int nValue);    ///< Appends the digits.
-    WString& operator<<(long nValue);            ///< Appends the digits.
+    WString& Append(const Kelm& string) KELM_LIFETIMEBOUND;      ///< Appends the decoded text.
+    WString& operator+=(const Kelm& string) KELM_LIFETIMEBOUND;  ///< Appends the decoded text.
+    WString& operator<<(const Kelm& string) KELM_LIFETIMEBOUND;  ///< Appends the decoded text.
+    /// Appends the decoded text; null appends nothing.
+    WString& operator<<(const char* pchText) KELM_LIFETIMEBOUND;
+    WString& operator<<(short nValue) KELM_LIFETIMEBOUND;           ///< Appends the digits.
+    WString& operator<<(unsigned short nValue) KELM_LIFETIMEBOUND;  ///< Appends the digits.
+    WString& operator<<(int nValue) KELM_LIFETIMEBOUND;             ///< Appends the digits.
+    WString& operator<<(unsigned int nValue) KELM_LIFETIMEBOUND;    ///< Appends the digits.
+    WString& operator<<(long nValue) KELM_LIFETIMEBOUND;            ///< Appends the digits.
 
     /// @}
     /// @name Searching

@@ -23,6 +23,9 @@ void Use(Kelm& narrow, WString& wide) {
     }
     const char* kept = narrow;
     narrow = Kelm("in one expression").constBuffer() + (kept == nullptr ? 1 : 0);
+    narrow = Kelm("in one ") << 'e' << "xpression";
+    Kelm& itself = (narrow += "x");
+    wide = WString(u"in one ") << itself << 1;
 
 #ifdef WIDE_VALUE_CONSTRUCTS_NARROW  // no matching
     Kelm wrong(wide);
@@ -86,5 +89,11 @@ void Use(Kelm& narrow, WString& wide) {
 #endif
 #ifdef LIFETIME_WIDE_POINTER_KEPT  // Wdangling
     const char16_t* wrong = wide + u'x';
+#endif
+#ifdef LIFETIME_POINTER_KEPT_OF_APPENDED  // Wdangling
+    const char* wrong = Kelm("text") << 'x' << narrow;
+#endif
+#ifdef LIFETIME_REFERENCE_KEPT  // Wdangling
+    const WString& wrong = WString(wide).Append(u'x');
 #endif
 }
