@@ -32,22 +32,23 @@ if configure refused -DKELM_WANTED=2 >"$work/refused.log" 2>&1; then
 fi
 grep -q 'requested version "2"' "$work/refused.log"
 
-# The folders that pkg-config tells, wherever a distribution puts them.
-told() { # told EXPECTED_LIBDIR EXPECTED_INCLUDEDIR [OPTION...]
+# A distribution stages what it installs, in folders of its own choice, and builds with what it staged.
+root=$(cd "$(dirname "$0")/../.." && pwd)
+stage=$work/stage
+staged() { # staged LIBDIR INCLUDEDIR [OPTION...]
+    rm -rf "$work/told" "$stage"
     "$cmake" -G "$generator" -S "$root" -B "$work/told" -DCMAKE_CXX_COMPILER="$compiler" \
         -DKELM_BUILD_TESTS=OFF -DKELM_BUILD_EXAMPLES=OFF -DCMAKE_INSTALL_PREFIX=/usr "${@:3}" >"$work/told.log"
-    mkdir -p "$work/stage$1/pkgconfig"
-    cp "$work/told/kelm.pc" "$work/stage$1/pkgconfig"
-    local variable expected folder
-    while read -r variable expected; do
-        folder=$(PKG_CONFIG_PATH=$work/stage$1/pkgconfig pkg-config --variable="$variable" kelm)
-        folder=$(realpath -m "$folder")
-        [[ ${folder#"$(realpath "$work")/stage"} == "$expected" ]] ||
-            { echo "$variable is $folder instead of $expected"; exit 1; }
-    done <<<"libdir $1
-includedir $2"
+    cp -a "$build"/libkelm.so* "$work/told"
+    DESTDIR=$stage "$cmake" --install "$work/told" >>"$work/told.log"
+    PKG_CONFIG_PATH=$stage$1/pkgconfig
+    export PKG_CONFIG_SYSROOT_DIR=$stage
+    read -ra flags <<<"$(pkg-config --cflags --libs kelm)"
+    [[ $(realpath "${flags[0]#-I}" "${flags[1]#-L}") == "$(realpath "$stage$2" "$stage$1")" ]] ||
+        { echo "${flags[*]} instead of $2 and $1"; exit 1; }
+    "$compiler" -std=c++11 "$consumer/main.cpp" "${flags[@]}" -Wl,-rpath,"$stage$1" -o "$work/by-stage"
+    "$work/by-stage"
 }
-root=$(cd "$(dirname "$0")/../.." && pwd)
-told /usr/lib/x86_64-linux-gnu /usr/include -DCMAKE_INSTALL_LIBDIR=lib/x86_64-linux-gnu
-told /opt/kelm/lib /opt/kelm/include -DCMAKE_INSTALL_LIBDIR=/opt/kelm/lib \
+staged /opt/kelm/lib /usr/include -DCMAKE_INSTALL_LIBDIR=/opt/kelm/lib
+staged /usr/lib/x86_64-linux-gnu /opt/kelm/include -DCMAKE_INSTALL_LIBDIR=lib/x86_64-linux-gnu \
     -DCMAKE_INSTALL_INCLUDEDIR=/opt/kelm/include
