@@ -462,8 +462,9 @@ public:
     /// precisions of `printf`, `*` among them. An integer is an `int`, also with `l` or `I32`; `h`
     /// cuts it to 16 bits, and `I64` reads 64 bits, so a `long` goes with `I64`. The prefixes `F`,
     /// `L` and `N` do nothing. Anything else fails an assertion, and so do a negative width and
-    /// precision. The capacity afterwards is an estimate, often larger than the text; `FreeExtra`
-    /// gives the rest back.
+    /// precision. Numbers are rounded to nearest, ties to even, in every rounding mode; a width
+    /// counts bytes, also those of a decimal point of several. The capacity afterwards is an
+    /// estimate, often larger than the text; `FreeExtra` gives the rest back.
     /// @{
 
     /// Replaces the text.

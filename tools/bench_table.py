@@ -92,7 +92,8 @@ def target_table(targets):
         wanted = target.ratio if target.ratio[0] in "<l" else f"≥ {target.ratio}"
         verdict = "reached" if target.score >= 1 else "**not reached**"
         peer = {"*": "the best"}.get(target.peer, f"`{target.peer}`")
-        yield (f"| `{target.workload}` | {target.size} | {peer} | {wanted} "
+        variant = "" if target.implementation == "kelm" else f" by `{target.implementation}`"
+        yield (f"| `{target.workload}`{variant} | {target.size} | {peer} | {wanted} "
                f"| {target.measured:.2f} | {verdict} |")
 
 
