@@ -235,13 +235,14 @@ public:
     /// The terminated text, never null. Good until the value is modified or destroyed.
     KELM_INLINE const char* constBuffer() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
 
-    /// The same as `constBuffer`.
+    /// The same as `constBuffer`. What C++ does with a pointer compiles for a value as well:
+    /// `*text`, `text - 1`, and `if (text)`, which is always true.
     KELM_INLINE operator const char*() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
 
     /// The byte at an index from 0 to the length, where the terminator stands. Not tested.
     KELM_INLINE char GetAt(int nIndex) const noexcept { return m_pchData[nIndex]; }
 
-    /// The same as `GetAt`; a value, not a reference.
+    /// The same as `GetAt`; a value, not a reference. An index of type `long` is ambiguous.
     KELM_INLINE char operator[](int nIndex) const noexcept { return GetAt(nIndex); }
 
     /// The first byte, NUL in an empty text.
@@ -515,7 +516,8 @@ public:
 
     /// The reading member for the type: `int`, `unsigned int`, `long`, `unsigned long`, `long
     /// long`, `unsigned long long`, `double`, `float`, `bool`. Unsigned types take the same bits,
-    /// so -1 gives their largest value; `unsigned long` takes 32 of them.
+    /// so -1 gives their largest value; `unsigned long` takes 32 of them. `std::int64_t` is `long`
+    /// on 64-bit Linux and so reads 32 bits: write `To<long long>`.
     template <class T>
     T To() const noexcept = delete;
 
@@ -712,7 +714,7 @@ KELM_API bool Kelm::To<bool>() const noexcept;
 
 /// @name Joining narrow text
 /// A new value with a block of exactly the sum of the lengths, never shared with an operand.
-/// Pointers must not be null.
+/// Pointers must not be null. A number is a character here: `text + 3` appends the byte 0x03.
 /// @{
 
 /// Both in a row. Without memory nothing has changed.
@@ -767,7 +769,15 @@ inline std::weak_ordering operator<=>(const Kelm& string, const char* pchText) n
 ///         use(token.Current());
 ///     }
 ///
-/// and by lines the other way about: `while (token.NextLine()) use(token.Current());`.
+/// and by lines the other way about: `while (token.NextLine()) use(token.Current());`. Lines
+/// without text are left out; this walk counts them:
+///
+///     int number = 0;
+///     for (int start = 0, end; start < text.GetLength(); start = end + 1) {
+///         end = text.Find('\n', start);
+///         end = end < 0 ? text.GetLength() : end;
+///         use(++number, text.Mid(start, end - start));
+///     }
 ///
 /// A token is a run of bytes without white space, punctuation (`_` is none) and bytes from 0x80 to
 /// 0xFE; or one such punctuation mark or byte; or what stands between two equal quotes, single or
@@ -786,8 +796,9 @@ public:
     /// punctuation is never left out.
     bool Next(char chDelimiter) noexcept;
 
-    /// Moves to the next line; runs of CR and LF are one separator. A line that directly follows a
-    /// token begins where that token began. False once the last line was handed out.
+    /// Moves to the next line; runs of CR and LF are one separator, so lines without text are
+    /// skipped. A line that directly follows a token begins where that token began. False once the
+    /// last line was handed out.
     bool NextLine() noexcept;
 
     /// The token's text; empty if there is none. One allocation.

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+#include <string>
+
 #include "Kelm.h"
 
 TEST(Manual, AText) {
@@ -63,4 +66,22 @@ TEST(Manual, Tokens) {
         lines << line.Current() << ';';
     }
     EXPECT_STREQ(lines, "first line;second 'line two';");
+}
+
+TEST(Manual, LinesWithNumbers) {
+    for (const Kelm text : {"", "one", "one\n\nthree\n", "\n\r\n", "\n\n4"}) {
+        std::istringstream stream{std::string(text)};
+        std::string expected;
+        const auto use = [&](int number, const Kelm& line) {
+            ASSERT_TRUE(std::getline(stream, expected)) << number;
+            EXPECT_EQ(line, expected.c_str());
+        };
+        int number = 0;
+        for (int start = 0, end; start < text.GetLength(); start = end + 1) {
+            end = text.Find('\n', start);
+            end = end < 0 ? text.GetLength() : end;
+            use(++number, text.Mid(start, end - start));
+        }
+        EXPECT_FALSE(std::getline(stream, expected));
+    }
 }
