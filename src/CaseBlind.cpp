@@ -114,7 +114,8 @@ public:
         m_folded.MakeUpper();
         m_pchText = m_text.GetBuffer(0);
         m_pchFolded = m_folded.GetBuffer(0);
-        m_starts.reset(new bool[static_cast<std::size_t>(nLen) + 1]());
+        m_held.reset(new bool[static_cast<std::size_t>(nLen) + 1]());
+        m_starts = m_held.get();
         for (const char* pch = m_pchText; *pch != '\0'; pch += platform::_mbclen(page, pch)) {
             m_starts[pch - m_pchText] = true;
         }
@@ -182,7 +183,8 @@ private:
     Kelm m_folded;
     char* m_pchText;
     char* m_pchFolded;
-    std::unique_ptr<bool[]> m_starts;
+    std::unique_ptr<bool[]> m_held;
+    bool* m_starts;  // by position, whether a character starts there
     Find m_find;
 };
 
