@@ -14,6 +14,17 @@ struct PageTables {
     std::atomic<const EncodeTable*> encode;
 };
 
+/// The first table to come stays, and is given; a later one of another thread goes. A null one is
+/// no table.
+template <class Table, class Owner>
+const Table* publish(std::atomic<const Table*>& place, Owner table) noexcept {
+    const Table* known = nullptr;
+    const bool isFirst = table == nullptr || place.compare_exchange_strong(
+                                                 known, table.get(), std::memory_order_acq_rel,
+                                                 std::memory_order_acquire);
+    return isFirst ? table.release() : known;
+}
+
 /// How the bytes of a code page group into characters.
 enum class Grouping : unsigned char {
     SingleByte,  ///< every byte is a character

@@ -37,7 +37,7 @@ char16_t own_limit(const CodePage& page) {
 void decode_ascii(const char* source, std::size_t length, char16_t* destination) {
     for (std::size_t i = 0; i < length; ++i) {
         const auto byte = static_cast<unsigned char>(source[i]);
-        destination[i] = byte < 0x80 ? byte : char16_t{0xFFFD};
+        destination[i] = byte < 0x80 ? byte : kReplacement;
     }
 }
 

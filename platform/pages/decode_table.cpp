@@ -309,14 +309,7 @@ inline Step read_sequence(const DecodeTable& table, const char* p, const char* l
 }  // namespace
 
 const DecodeTable* first_decode_table(const CodePage& page) {
-    OwnedTable table = build(page);
-    const DecodeTable* known = nullptr;
-    if (table == nullptr ||
-        page.tables->decode.compare_exchange_strong(known, table.get(), std::memory_order_acq_rel,
-                                                    std::memory_order_acquire)) {
-        return table.release();
-    }
-    return known;
+    return publish(page.tables->decode, build(page));
 }
 
 std::size_t table_decoded_size(const DecodeTable& table, const char* source,

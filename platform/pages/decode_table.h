@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "pages/code_pages.h"
+#include "pages/utf16_walk.h"
 
 namespace platform {
 
@@ -13,7 +14,7 @@ namespace platform {
 struct DecodeTable {
     using Row = char16_t[256];
 
-    static constexpr char16_t kUndefined = 0xFFFD;
+    static constexpr char16_t kUndefined = kReplacement;
     static constexpr char16_t kNextRow = 0xD800;  ///< and up: the row of the next byte
     static constexpr char16_t kAstral = 0xDC00;   ///< and up: an index into `astral`
     static constexpr char16_t kFour = 0xDFFF;     ///< a sequence of four bytes begins

@@ -13,6 +13,7 @@
 #include "pages/decode_table.h"
 #include "pages/gb18030.h"
 #include "pages/utf16_walk.h"
+#include "pages/utf8.h"
 
 namespace platform {
 namespace {
@@ -190,8 +191,8 @@ char* put_entry(std::uint32_t entry, char* out, const char* limit) {
 }
 
 bool has_surrogate_in_step(const char16_t* p) {
-    const auto isSurrogate = [](auto units) { return (units & 0xF800) == 0xD800; };
-    return hit_bits(isSurrogate(load_lanes(p)) | isSurrogate(load_lanes(p + kAsciiStep / 2))) != 0;
+    return hit_bits(are_surrogates(load_lanes(p)) |
+                    are_surrogates(load_lanes(p + kAsciiStep / 2))) != 0;
 }
 
 /// Sixteen units without surrogates, with room for as many of the longest characters.
@@ -241,14 +242,7 @@ void encode_single(const EncodeTable& table, const char16_t* source, std::size_t
 }  // namespace
 
 const EncodeTable* first_encode_table(const CodePage& page) {
-    OwnedTable table = build(page);
-    const EncodeTable* known = nullptr;
-    if (table == nullptr ||
-        page.tables->encode.compare_exchange_strong(known, table.get(), std::memory_order_acq_rel,
-                                                    std::memory_order_acquire)) {
-        return table.release();
-    }
-    return known;
+    return publish(page.tables->encode, build(page));
 }
 
 std::size_t table_encoded_size(const EncodeTable& table, const char16_t* source,

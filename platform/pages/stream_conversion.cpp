@@ -96,7 +96,7 @@ std::size_t stream_decode(const char* page, const char* source, std::size_t leng
     Stream<wchar_t, UnitSink> stream(converter, sink);
     const char* p = source;
     for (stream.Convert(p, length); length != 0; stream.Convert(p, length)) {
-        const wchar_t replacement = 0xFFFD;
+        const wchar_t replacement = kReplacement;
         sink.Put(&replacement, 1);
         ++p;
         --length;

@@ -2,16 +2,26 @@
 
 #include <cstddef>
 
-/// Surrogates in 16-bit text.
+/// Surrogates in 16-bit text, and what stands in the place of what cannot be decoded.
 namespace platform {
+
+inline constexpr char16_t kReplacement = 0xFFFD;
 
 inline bool is_surrogate(char32_t unit) noexcept {
     return (unit & 0xFFFFF800) == 0xD800;
 }
-inline bool is_high_surrogate(char16_t unit) noexcept {
+template <class Vector>
+auto are_surrogates(Vector units) noexcept {
+    return (units & 0xF800) == 0xD800;
+}
+// These take a unit, or a vector of them for each lane.
+
+template <class Units>
+auto is_high_surrogate(Units unit) noexcept {
     return (unit & 0xFC00) == 0xD800;
 }
-inline bool is_low_surrogate(char16_t unit) noexcept {
+template <class Units>
+auto is_low_surrogate(Units unit) noexcept {
     return (unit & 0xFC00) == 0xDC00;
 }
 
@@ -38,8 +48,4 @@ inline char16_t* put_utf16(char32_t code, char16_t* out) noexcept {
     out[1] = static_cast<char16_t>(0xDC00 + (code & 0x3FF));
     return out + 2;
 }
-
-/// How many surrogate pairs the text holds.
-std::size_t count_surrogate_pairs(const char16_t* source, std::size_t length) noexcept;
-
 }  // namespace platform

@@ -18,6 +18,9 @@ Utf8Measure utf8_measure(const char* source, std::size_t length) noexcept;
 void utf8_decode(const char* source, std::size_t length, Utf8Measure measure,
                  char16_t* destination) noexcept;
 
+/// How many surrogate pairs the text holds.
+std::size_t count_surrogate_pairs(const char16_t* source, std::size_t length) noexcept;
+
 /// Bytes that the text takes in UTF-8.
 std::size_t utf8_size(const char16_t* source, std::size_t length) noexcept;
 

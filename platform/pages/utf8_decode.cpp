@@ -12,8 +12,6 @@ namespace {
 static_assert(std::endian::native == std::endian::little,
               "bytes are read in pairs and fours as little-endian numbers");
 
-constexpr char32_t kReplacement = 0xFFFD;
-
 struct Step {
     char32_t code;
     std::size_t bytes;
@@ -154,16 +152,6 @@ struct Checker {
     SignedBytes surplus{};  ///< units less bytes
 };
 
-/// Ones in the lanes from `first` on.
-SignedBytes lanes_from(std::size_t first) {
-    static constexpr signed char kSteps[2 * kBlock] = {0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,
-                                                       0,  0,  0,  0,  0,  -1, -1, -1, -1, -1, -1,
-                                                       -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
-    SignedBytes lanes;
-    std::memcpy(&lanes, kSteps + kBlock - first, sizeof lanes);
-    return lanes;
-}
-
 bool ends_within_sequence(const char* last) {
     return static_cast<unsigned char>(last[-1]) >= 0xC0 ||
            static_cast<unsigned char>(last[-2]) >= 0xE0 ||
@@ -187,7 +175,7 @@ bool count_well_formed(const char* first, const char* last, std::size_t& units) 
     }
     if (p != last) {
         checker.Add(window_at(last - kStep),
-                    lanes_from(static_cast<std::size_t>(p + kStep - last)));
+                    reinterpret_cast<SignedBytes>(lanes_from<char>(p + kStep - last)));
     }
     if (hit_bits(checker.bad) != 0 || ends_within_sequence(last)) {
         return false;

@@ -24,13 +24,10 @@ constexpr std::ptrdiff_t kBlockRoom = 3 * kBlock + 1;
 /// Blocks after which the lanes of a tally, which grow by at most 4 a block, are added up.
 constexpr std::ptrdiff_t kTallyBlocks = 4096;
 
-SignedUnits in_kind(Units units, std::uint16_t mask, std::uint16_t kind) {
-    return reinterpret_cast<SignedUnits>((units & mask) == kind);
-}
-
 /// Lanes of ones where the first half of a surrogate pair stands. Reads one unit more.
 SignedUnits pairs_in_block(const char16_t* p) {
-    return in_kind(load_lanes(p), 0xFC00, 0xD800) & in_kind(load_lanes(p + 1), 0xFC00, 0xDC00);
+    return reinterpret_cast<SignedUnits>(is_high_surrogate(load_lanes(p)) &
+                                         is_low_surrogate(load_lanes(p + 1)));
 }
 
 std::ptrdiff_t sum_of(SignedUnits lanes) {
@@ -86,7 +83,7 @@ Stop encode_steps(const char16_t* p, const char16_t* end, const char16_t* last, 
             out = put_four(code, out);
             ++p;
         } else {
-            out = put_three(0xFFFD, out);
+            out = put_three(kReplacement, out);
         }
     }
     return {p, out};
@@ -236,7 +233,7 @@ void utf8_encode(const char16_t* source, std::size_t length, char* destination,
         } else if (upper == 0) {
             out = encode_block_of_twos(units, out);
             p += kBlock;
-        } else if (hit_bits(in_kind(units, 0xF800, 0xD800)) != 0) {
+        } else if (hit_bits(are_surrogates(units)) != 0) {
             const char16_t* end = p + std::min(kSurrogateStretch, last - p);
             const Stop stop = encode_steps(p, end, last, out);
             p = stop.p;

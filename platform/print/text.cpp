@@ -7,6 +7,7 @@
 #include "assertion.h"
 #include "pages/conversion.h"
 #include "pages/decode_table.h"
+#include "pages/utf16_walk.h"
 #include "pages/utf8_walk.h"
 #include "print/syntax.h"
 
@@ -18,14 +19,6 @@ constexpr std::size_t kChunk = 256;
 
 // What one unit of the other width can become, in the code page of any locale.
 constexpr std::size_t kMostPerUnit = 4;
-
-bool is_high(char16_t unit) {
-    return (unit & 0xFC00) == 0xD800;
-}
-
-bool is_low(char16_t unit) {
-    return (unit & 0xFC00) == 0xDC00;
-}
 
 template <class Conversion, class Unit, class Other>
 std::size_t convert_by(const CodePage& page, const Other* text, std::size_t count,
@@ -52,14 +45,14 @@ std::size_t convert(const CodePage& page, const char* text, std::size_t count,
 
 std::size_t chunk_length(const CodePage&, const char16_t* text, std::size_t most) {
     const std::size_t count = bounded_length(text, std::min(most, kChunk));
-    if (count == 0 || !is_high(text[count - 1])) {
+    if (count == 0 || !is_high_surrogate(text[count - 1])) {
         return count;
     }
     // Half a pair comes again with the next chunk, which it begins.
     if (count > 1) {
         return count - 1;
     }
-    return is_low(text[1]) ? 2 : 1;
+    return is_low_surrogate(text[1]) ? 2 : 1;
 }
 
 /// Bytes of the first sequence as a decoder sees it, ill-formed or not.
@@ -168,7 +161,8 @@ std::size_t cut(const CodePage& page, const char* text, std::size_t length, std:
 }
 
 std::size_t cut(const CodePage&, const char16_t* text, std::size_t, std::size_t limit) {
-    const bool isSplit = limit > 0 && is_high(text[limit - 1]) && is_low(text[limit]);
+    const bool isSplit =
+        limit > 0 && is_high_surrogate(text[limit - 1]) && is_low_surrogate(text[limit]);
     return isSplit ? limit - 1 : limit;
 }
 
