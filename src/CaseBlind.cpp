@@ -12,6 +12,7 @@
 #include "multibyte/multibyte.h"
 #include "multibyte/single_bytes.h"
 #include "replacing.h"
+#include "search/scan.h"
 #include "searching.h"
 #include "storage.h"
 
@@ -52,6 +53,20 @@ bool is_well_formed(const CodePage& page, const char* pchText) {
         pchText += nStep;
     }
     return true;
+}
+
+/// For each length of a beginning of the text, its longest proper beginning that is its ending too.
+std::unique_ptr<int[]> borders_of(const Kelm& text) {
+    const int nLen = text.GetLength();
+    std::unique_ptr<int[]> borders(new int[static_cast<std::size_t>(nLen) + 1]());
+    for (int n = 1, nBorder = 0; n < nLen; ++n) {
+        while (nBorder > 0 && text[n] != text[nBorder]) {
+            nBorder = borders[nBorder];
+        }
+        nBorder += text[n] == text[nBorder] ? 1 : 0;
+        borders[n + 1] = nBorder;
+    }
+    return borders;
 }
 
 /// Searches one text again and again for a folded one. Where the text must be copied for folding,
@@ -102,90 +117,174 @@ private:
     bool m_bReuse;
 };
 
-/// A text, its folded copy and a mark where each character begins. A removal takes out whole
-/// characters, so the others stay as they are, unless a byte that is ill-formed in front of the gap
-/// goes together with what comes next: from there the text is folded and marked anew, up to the
-/// place where the old characters begin again.
-template <class Find>
-class FoldedText {
+/// Removes hits from a copy of a text, character by character, always the leftmost, also those that
+/// a removal forms, until none is left. Whatever the bytes, each is looked at a few times at most,
+/// though a removal may bring bytes together to other characters, up to the end of the text.
+///
+/// What is done lies in front of `m_nWrite`, what is to do from `m_nRead` on. It is measured and
+/// folded beforehand; a length of 0 is where that does not hold, which is found out when the walk
+/// gets there. The hits are found as Knuth, Morris and Pratt do, where they begin with a character.
+class FoldedRemoval {
 public:
-    FoldedText(const CodePage& page, const char* pchText, int nLen, Find find)
-        : m_page(page), m_text(pchText, nLen), m_folded(m_text), m_find(find) {
+    /// `bAlone`: the hit is one byte and must be the whole character.
+    FoldedRemoval(const CodePage& page, const char* pchText, int nLen, const Kelm& upper,
+                  bool bAlone)
+        : m_page(page),
+          m_upper(upper),
+          m_bAlone(bAlone),
+          m_nEnd(nLen),
+          m_text(pchText, nLen),
+          m_folded(m_text) {
         m_folded.MakeUpper();
-        m_pchText = m_text.GetBuffer(0);
         m_pchFolded = m_folded.GetBuffer(0);
-        m_held.reset(new bool[static_cast<std::size_t>(nLen) + 1]());
-        m_starts = m_held.get();
-        for (const char* pch = m_pchText; *pch != '\0'; pch += platform::_mbclen(page, pch)) {
-            m_starts[pch - m_pchText] = true;
-        }
+        m_pchText = m_text.GetBuffer(0);
     }
 
-    const char* Text() const { return m_pchText; }
-    const char* Key() const { return m_pchFolded; }
+    bool HasHit() const {
+        const char* pchEnd = m_pchFolded + m_nEnd;
+        return (m_bAlone
+                    ? platform::_mbschr(m_page, m_pchFolded, pchEnd,
+                                        static_cast<unsigned char>(m_upper[0]))
+                    : platform::_mbsstr(m_page, m_pchFolded, pchEnd, m_upper,
+                                        static_cast<std::size_t>(m_upper.GetLength()))) != nullptr;
+    }
 
-    const char* Search(const char* pchFirst, const char* pchLast) const {
-        return m_find(pchFirst, pchLast);
+    int Run() {
+        m_borders = borders_of(m_upper);
+        m_lengths.reset(new unsigned char[static_cast<std::size_t>(m_nEnd) + 1]());
+        for (int n = 0; n < m_nEnd;) {
+            const unsigned char nLen = Measure(n);
+            m_lengths[n] = nLen;
+            n += nLen;
+        }
+        int nHits = 0;
+        while (m_nRead < m_nEnd) {
+            Skip();
+            if (m_nRead < m_nEnd && TakeCharacter()) {
+                ++nHits;
+            }
+        }
+        return nHits;
+    }
+
+    const char* Rest() const { return m_pchText; }
+    int GetLength() const { return m_nWrite; }
+
+private:
+    unsigned char Measure(int nAt) const {
+        const char* pch = m_pchText + nAt;
+        const std::size_t nLen = (*pch & 0x80) == 0 ? 1 : platform::_mbclen(m_page, pch);
+        return static_cast<unsigned char>(nLen);
     }
 
     void Move(int nTo, int nFrom, int nCount) {
-        const std::size_t nBytes = static_cast<std::size_t>(nCount);
-        std::memmove(m_pchText + nTo, m_pchText + nFrom, nBytes);
-        std::memmove(m_pchFolded + nTo, m_pchFolded + nFrom, nBytes);
-        std::memmove(&m_starts[nTo], &m_starts[nFrom], nBytes);
+        if (nTo != nFrom) {
+            const std::size_t nBytes = static_cast<std::size_t>(nCount);
+            std::memmove(m_pchText + nTo, m_pchText + nFrom, nBytes);
+            std::memmove(m_pchFolded + nTo, m_pchFolded + nFrom, nBytes);
+            std::memmove(&m_lengths[nTo], &m_lengths[nFrom], nBytes);
+        }
     }
 
-    /// The first character at or behind `nAt`, or `nEnd`.
-    int StartFrom(int nAt, int nEnd) const {
-        while (nAt < nEnd && !m_starts[nAt]) {
-            ++nAt;
-        }
-        return nAt;
-    }
-
-    void Rejoin(int& nWrite, int& nRead, int nEnd) {
-        // No character of a locale's codeset has more bytes.
-        constexpr int kMostBytes = 4;
-        int nOpen = nWrite;
-        for (int n = nWrite - 1; n >= 0 && n > nWrite - kMostBytes; --n) {
-            const bool bAlone = n + 1 == nWrite || m_starts[n + 1];
-            if (m_starts[n] && bAlone && (m_pchText[n] & 0x80) != 0) {
-                nOpen = n;
-            }
-        }
-        if (nOpen == nWrite && (nRead == nEnd || m_starts[nRead])) {
+    /// Over what was measured beforehand and cannot begin a hit.
+    void Skip() {
+        const char chFirst = m_upper[0];
+        if (m_nMatched != 0 || m_lengths[m_nRead] == 0 || m_pchFolded[m_nRead] == chFirst) {
             return;
         }
-        const int nBack = nWrite - nOpen;
-        const int nOld = nRead;
-        nRead -= nBack;
-        Move(nRead, nOpen, nBack);
-        nWrite = nOpen;
-        for (int n = nRead; n < nEnd && (n < nOld || !m_starts[n]);) {
-            n += MarkCharacter(n);
+        const char* pchEnd = m_pchFolded + m_nEnd;
+        int nTo = static_cast<int>(
+            platform::find_unit<char>(m_pchFolded + m_nRead, pchEnd, chFirst) - m_pchFolded);
+        while (nTo < m_nEnd && m_lengths[nTo] == 0) {
+            --nTo;
         }
+        Move(m_nWrite, m_nRead, nTo - m_nRead);
+        m_nWrite += nTo - m_nRead;
+        m_nRead = nTo;
     }
 
-private:
-    int MarkCharacter(int nAt) {
+    /// Whether the character completed a hit, which is gone then.
+    bool TakeCharacter() {
+        if (m_lengths[m_nRead] == 0) {
+            MeasureAnew();
+        }
+        const int nLen = m_lengths[m_nRead];
+        Move(m_nWrite, m_nRead, nLen);
+        m_nRead += nLen;
+        for (const int nEnd = m_nWrite + nLen; m_nWrite < nEnd;) {
+            m_nMatched = Extend(m_nMatched, m_nWrite++);
+            if (m_nMatched == m_upper.GetLength()) {
+                GiveBack(m_nWrite, nEnd - m_nWrite);
+                RemoveHit();
+                return true;
+            }
+        }
+        return false;
+    }
+
+    void MeasureAnew() {
+        const unsigned char nLen = Measure(m_nRead);
         char szCharacter[MB_LEN_MAX + 1] = {};
-        const std::size_t nLen = platform::_mbclen(m_page, m_pchText + nAt);
-        std::memcpy(szCharacter, m_pchText + nAt, nLen);
+        std::memcpy(szCharacter, m_pchText + m_nRead, nLen);
         platform::_mbsupr(m_page, szCharacter);
-        std::memcpy(m_pchFolded + nAt, szCharacter, nLen);
-        std::fill_n(&m_starts[nAt], nLen, false);
-        m_starts[nAt] = true;
-        return static_cast<int>(nLen);
+        std::memcpy(m_pchFolded + m_nRead, szCharacter, nLen);
+        std::fill_n(&m_lengths[m_nRead], nLen, static_cast<unsigned char>(0));
+        m_lengths[m_nRead] = nLen;
+    }
+
+    /// How much of the search text ends with the byte at `nAt`, where `nMatched` did in front of
+    /// it.
+    int Extend(int nMatched, int nAt) const {
+        while (m_upper[nMatched] != m_pchFolded[nAt] || !Begins(nAt - nMatched)) {
+            if (nMatched == 0) {
+                return 0;
+            }
+            nMatched = m_borders[nMatched];
+        }
+        return nMatched + 1;
+    }
+
+    bool Begins(int nAt) const { return m_bAlone ? m_lengths[nAt] == 1 : m_lengths[nAt] != 0; }
+
+    /// The end of what is done becomes something to do, to be measured again.
+    void GiveBack(int nFrom, int nCount) {
+        m_nRead -= nCount;
+        std::memmove(m_pchText + m_nRead, m_pchText + nFrom, static_cast<std::size_t>(nCount));
+        std::fill_n(&m_lengths[m_nRead], nCount, static_cast<unsigned char>(0));
+    }
+
+    /// With the bytes in front of it that may go together with what comes next: those that stand
+    /// alone though they are not ASCII.
+    void RemoveHit() {
+        // No character of a locale's codeset has more bytes.
+        constexpr int kMostBytes = 4;
+        const int nHit = m_nWrite - m_upper.GetLength();
+        m_nWrite = nHit;
+        for (int n = nHit - 1; n >= 0 && n > nHit - kMostBytes; --n) {
+            if (m_lengths[n] == 1 && (m_pchText[n] & 0x80) != 0) {
+                m_nWrite = n;
+            }
+        }
+        GiveBack(m_nWrite, nHit - m_nWrite);
+        m_nMatched = 0;
+        for (int n = std::max(m_nWrite - m_upper.GetLength() + 1, 0); n < m_nWrite; ++n) {
+            m_nMatched = Extend(m_nMatched, n);
+        }
     }
 
     const CodePage& m_page;
+    const Kelm& m_upper;
+    const bool m_bAlone;
+    const int m_nEnd;
     Kelm m_text;
     Kelm m_folded;
     char* m_pchText;
     char* m_pchFolded;
-    std::unique_ptr<bool[]> m_held;
-    bool* m_starts;  // by position, whether a character starts there
-    Find m_find;
+    std::unique_ptr<int[]> m_borders;
+    std::unique_ptr<unsigned char[]> m_lengths;  // 0 inside a character
+    int m_nWrite = 0;
+    int m_nRead = 0;
+    int m_nMatched = 0;
 };
 
 }  // namespace
@@ -313,13 +412,11 @@ int Kelm::NCRemove(const char* pchText) {
     const CodePage& page = *platform::process_code_page();
     Kelm upper(pchText);
     upper.MakeUpper();
+    if (!folds_in_place(page, upper)) {
+        return RemoveFolded(upper, false);
+    }
     const int nLen = upper.GetLength();
     const std::size_t nSize = static_cast<std::size_t>(nLen);
-    if (!folds_in_place(page, upper)) {
-        return RemoveFolded(nLen, [&](const char* pchFirst, const char* pchLast) {
-            return platform::_mbsstr(page, pchFirst, pchLast, upper, nSize);
-        });
-    }
     const auto find = [&](const char* pchFirst, const char* pchLast) {
         return platform::find_folded(page, pchFirst, pchLast, upper, nSize);
     };
@@ -342,24 +439,20 @@ int Kelm::NCRemove(char ch) {
         return NCRemove(szText);
     }
     // In the text form the byte would be found at the head of longer characters too.
-    const auto chUpper = static_cast<unsigned char>(platform::toupper(ch));
-    return RemoveFolded(1, [&](const char* pchFirst, const char* pchLast) {
-        return platform::_mbschr(page, pchFirst, pchLast, chUpper);
-    });
+    const char chUpper = platform::toupper(ch);
+    return RemoveFolded(Kelm(&chUpper, 1), true);
 }
 
-/// Removes what `search` finds in the folded text, hits of `nSize` bytes.
-template <class Search>
-int Kelm::RemoveFolded(int nSize, Search search) {
+int Kelm::RemoveFolded(const Kelm& upper, bool bAlone) {
     const int nSegment = static_cast<int>(std::strlen(m_pchData));
-    FoldedText<Search> text(*platform::process_code_page(), m_pchData, nSegment, search);
-    int nEnd = nSegment;
-    const int nHits = replacing::remove_joining(text, nSize, nEnd);
-    if (nHits != 0) {
-        Kelm rest(m_pchData, GetLength());
-        std::memcpy(rest.m_pchData, text.Text(), static_cast<std::size_t>(nEnd));
-        TakeRest(nHits, nSize, nEnd, rest.m_pchData, nSegment);
+    FoldedRemoval removal(*platform::process_code_page(), m_pchData, nSegment, upper, bAlone);
+    if (!removal.HasHit()) {
+        return 0;
     }
+    const int nHits = removal.Run();
+    Kelm rest(m_pchData, GetLength());
+    std::memcpy(rest.m_pchData, removal.Rest(), static_cast<std::size_t>(removal.GetLength()));
+    TakeRest(nHits, upper.GetLength(), removal.GetLength(), rest.m_pchData, nSegment);
     return nHits;
 }
 

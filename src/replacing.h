@@ -229,8 +229,6 @@ struct PlainText {
     void Move(int to, int from, int count) const {
         storage::move_units(units + to, units + from, count);
     }
-    int StartFrom(int at, int) const { return at; }
-    void Rejoin(int&, int&, int) const {}
 };
 
 /// Removes hits of `size` units, always the leftmost, also those that a removal forms, until none
@@ -245,7 +243,7 @@ int remove_joining(Text& text, int size, int& end) {
     int read = 0;
     int count = 0;
     const auto across = [&] {
-        const int first = text.StartFrom(std::max(write - (size - 1), 0), write);
+        const int first = std::max(write - (size - 1), 0);
         const int head = std::min(size - 1, end - read);
         if (write - first + head < size) {
             return false;
@@ -267,7 +265,6 @@ int remove_joining(Text& text, int size, int& end) {
         read = place + size;
         do {
             ++count;
-            text.Rejoin(write, read, end);
         } while (across());
     }
     text.Move(write, read, end - read);

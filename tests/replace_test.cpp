@@ -223,6 +223,9 @@ TEST(BlindRemoval, LongTextsInLinearTime) {
     for (const Case& row : {Case{"zh_CN.GB18030", "\xB0\xA1", "x", "\xB0\xA1x"},
                             Case{"ja_JP.EUC-JP", "\xA4\xA2", "x", "\xA4\xA2X"},
                             Case{"ja_JP.SHIFT_JIS", "\xB1", "\xB1", "\xB1"},
+                            // Each removal makes other characters of all that follow.
+                            Case{"zh_CN.GBK", "\xB0\xB0", "", "\xB0"},
+                            Case{"ja_JP.EUC-JP", "\xA4\xA4", "", "\xA4"},
                             Case{"en_US.UTF-8", "\xC3\xA9", "\xC3\x89", "\xC3\x89\xC3\xA9"}}) {
         const LocaleScope locale(row.locale);
         Kelm text("\xFF");  // ill-formed
