@@ -681,8 +681,9 @@ private:
     KELM_LOCAL void TrimRightWhere(Test test);
     template <class Search>
     KELM_LOCAL int ReplaceForms(Search& search, int nNew, const char* pchNew);
-    KELM_LOCAL int ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart);
-    KELM_LOCAL int ReplaceOnce(const Kelm& before, const Kelm& upper, int nNew, const char* pchNew);
+    KELM_LOCAL int ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart,
+                               long long nMost);
+    KELM_LOCAL int ReplaceOnce(const Kelm& upper, int nNew, const char* pchNew);
     KELM_LOCAL int RemoveFolded(const Kelm& upper, bool bAlone);
     KELM_LOCAL void TakeRest(int nHits, int nSize, int nEnd, char* pchRest, int nSegment);
     KELM_LOCAL static Kelm FromDigits(int nLen, const char* pchDigits, int nCapacity);

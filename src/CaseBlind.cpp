@@ -13,6 +13,7 @@
 #include "multibyte/single_bytes.h"
 #include "replacing.h"
 #include "search/scan.h"
+#include "search/text_search.h"
 #include "searching.h"
 #include "storage.h"
 
@@ -69,6 +70,17 @@ std::unique_ptr<int[]> borders_of(const Kelm& text) {
     return borders;
 }
 
+/// Index of the last occurrence of bytes, or -1.
+int last_of(const char* pchText, int nLen, const Kelm& find) {
+    const std::size_t nSize = static_cast<std::size_t>(find.GetLength());
+    platform::TextSearch<char> search(pchText, pchText + nLen, find, nSize);
+    int nLast = -1;
+    while (const char* pchHit = search.Next()) {
+        nLast = static_cast<int>(pchHit - pchText);
+    }
+    return nLast;
+}
+
 /// Searches one text again and again for a folded one. Where the text must be copied for folding,
 /// the copy serves until the text changes.
 class UpperSearch {
@@ -96,6 +108,27 @@ public:
     }
 
     void Forget() { m_nTail = -1; }
+
+    /// Whether replacing this form, which was found, goes on for ever. It is told where hits stand
+    /// wherever their bytes do, in every tail, and never overlap, and the new text holds the form.
+    /// Then every step that replaces the form pushes its last hit on by the growth of all others.
+    /// If that is no less than the position gains, there is a hit behind the position in all steps;
+    /// those of other forms push it on as far as they take the position.
+    bool NeverEnds(const Kelm& text, const Kelm& form, int nNew, const char* pchNew) const {
+        const int nOld = form.GetLength();
+        if (!m_bReuse || nNew <= nOld ||
+            (m_page.grouping != Grouping::SingleByte && m_page.grouping != Grouping::Utf8)) {
+            return false;
+        }
+        const int nLast = last_of(pchNew, nNew, form);
+        if (nLast < 0 || borders_of(m_upper)[nOld] != 0) {
+            return false;
+        }
+        const char* pchText = text;
+        const std::size_t nHits = platform::count_text(
+            m_page, pchText, pchText + std::strlen(pchText), form, static_cast<std::size_t>(nOld));
+        return (static_cast<long long>(nHits) - 1) * (nNew - nOld) + nLast >= nNew;
+    }
 
 private:
     int FindInPlace(const Kelm& text, int nStart) const {
@@ -303,17 +336,19 @@ int Kelm::NCReplace(const char* pchOld, const char* pchNew) {
     // The steps give up what is locked where it becomes too small, so they are tried on a copy.
     if (storage::refs(GetData()) < 0) {
         search.Forget();
-        Kelm trial(m_pchData, GetLength());
-        if (trial.ReplaceForms(search, nNew, replacement) < 0) {
-            const Kelm before(m_pchData, GetLength());
-            return ReplaceOnce(before, search.Upper(), nNew, replacement);
+        if (Kelm(m_pchData, GetLength()).ReplaceForms(search, nNew, replacement) < 0) {
+            return ReplaceOnce(search.Upper(), nNew, replacement);
         }
         search.Forget();
         return ReplaceForms(search, nNew, replacement);
     }
     const Kelm before(*this);
     const int nHits = ReplaceForms(search, nNew, replacement);
-    return nHits >= 0 ? nHits : ReplaceOnce(before, search.Upper(), nNew, replacement);
+    if (nHits >= 0) {
+        return nHits;
+    }
+    *this = before;
+    return ReplaceOnce(search.Upper(), nNew, replacement);
 }
 
 /// The steps of `NCReplace`, one exact form after the other. -1 where they are too much work: steps
@@ -331,50 +366,65 @@ int Kelm::ReplaceForms(Search& search, int nNew, const char* pchNew) {
         if (nFound < 0) {
             break;
         }
+        const long long nNext = static_cast<long long>(nFound) + nNew;
+        const bool bSame = nNew == nOld && std::memcmp(m_pchData + nFound, pchNew,
+                                                       static_cast<std::size_t>(nNew)) == 0;
+        int nHits = nSame;
+        if (!bSame || nSame == 0) {
+            const Kelm sub(m_pchData + nFound, nOld);
+            if (search.NeverEnds(*this, sub, nNew, pchNew)) {
+                return -1;
+            }
+            nHits = ReplaceForm(sub, nNew, pchNew, nPosition == 0, nMostWork - nWork);
+            if (nHits < 0 || (nHits == 0 && nNext == nPosition)) {
+                return -1;
+            }
+            nSame = bSame ? nHits : 0;
+            if (!bSame) {
+                search.Forget();
+            }
+        }
         nWork += GetLength();
         if (nWork > nMostWork) {
             return -1;
         }
-        const long long nNext = static_cast<long long>(nFound) + nNew;
-        const bool bSame = nNew == nOld && std::memcmp(m_pchData + nFound, pchNew,
-                                                       static_cast<std::size_t>(nNew)) == 0;
-        if (!bSame || nSame == 0) {
-            const Kelm sub(m_pchData + nFound, nOld);
-            const int nHits = ReplaceForm(sub, nNew, pchNew, nPosition == 0);
-            if (nHits == 0 && nNext == nPosition) {
-                break;
-            }
-            nSame = bSame ? nHits : 0;
-            nResult += nHits;
-            if (!bSame) {
-                search.Forget();
-            }
-        } else {
-            nResult += nSame;
-        }
+        nResult += nHits;
         nPosition = nNext;
     }
     return static_cast<int>(std::min<long long>(nResult, INT_MAX));
 }
 
-/// One step of `NCReplace`: every occurrence of one exact form.
-int Kelm::ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart) {
+/// One step of `NCReplace`: every occurrence of one exact form. -1 where the text would become
+/// longer than `nMost`.
+int Kelm::ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart,
+                      long long nMost) {
+    const CodePage& page = *platform::process_code_page();
+    const int nOld = sub.GetLength();
+    const replacing::NarrowSearch search = {page, sub, static_cast<std::size_t>(nOld)};
+    const long long nGrowth = static_cast<long long>(nNew) - nOld;
+    const auto length_with = [&](std::size_t nHits) {
+        return GetLength() + nGrowth * static_cast<long long>(nHits);
+    };
+    // The number of hits is asked for only where so many as there is room for would be too many.
+    if (nGrowth > 0 && length_with(static_cast<std::size_t>(GetLength() / nOld)) > nMost &&
+        length_with(platform::count_text(page, m_pchData, m_pchData + GetLength(), sub,
+                                         search.size)) > nMost) {
+        return -1;
+    }
     // The tail searched from position 0 is the whole text and so holds the block: it is left.
     Kelm tail;
     if (bFromStart && storage::refs(GetData()) > 0) {
         tail = *this;
     }
-    const CodePage& page = *platform::process_code_page();
-    const replacing::NarrowSearch search = {page, sub, static_cast<std::size_t>(sub.GetLength())};
-    return replacing::replace(m_pchData, sub.GetLength(), pchNew, nNew, search);
+    return replacing::replace(m_pchData, nOld, pchNew, nNew, search);
 }
 
-/// The text becomes `before` with every hit replaced in one pass; the result is their number.
-int Kelm::ReplaceOnce(const Kelm& before, const Kelm& upper, int nNew, const char* pchNew) {
+/// Every hit that the text has, in one pass; the result is their number.
+int Kelm::ReplaceOnce(const Kelm& upper, int nNew, const char* pchNew) {
     const CodePage& page = *platform::process_code_page();
     const int nOld = upper.GetLength();
-    const int nLength = before.GetLength();
-    Kelm folded(before, nLength);
+    const int nLength = GetLength();
+    Kelm folded(m_pchData, nLength);
     fold_segments(page, folded.GetBuffer(0), nLength);
     const auto hits = [&] {
         return platform::TextHits(page, folded.m_pchData, folded.m_pchData + nLength, upper,
@@ -388,15 +438,15 @@ int Kelm::ReplaceOnce(const Kelm& before, const Kelm& upper, int nNew, const cha
     text.AllocBuffer(
         storage::checked_length(nLength + (static_cast<long long>(nNew) - nOld) * nHits));
     char* pchWrite = text.m_pchData;
-    const char* const pchBefore = before;
-    const char* pchRead = pchBefore;
+    const char* pchRead = m_pchData;
     auto found = hits();
     while (const char* pchHit = found.Next()) {
-        pchWrite = std::copy(pchRead, pchBefore + (pchHit - folded.m_pchData), pchWrite);
+        const char* pchOld = m_pchData + (pchHit - folded.m_pchData);
+        pchWrite = storage::carry<char>(pchWrite, pchRead, pchOld);
         pchWrite = std::copy_n(pchNew, nNew, pchWrite);
-        pchRead = pchBefore + (pchHit - folded.m_pchData) + nOld;
+        pchRead = pchOld + nOld;
     }
-    std::copy(pchRead, pchBefore + nLength, pchWrite);
+    storage::carry<char>(pchWrite, pchRead, m_pchData + nLength);
     if (storage::refs(GetData()) < 0 && text.GetLength() <= GetAllocLength()) {
         AssignCopy(text.GetLength(), text);
     } else {

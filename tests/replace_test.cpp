@@ -63,15 +63,38 @@ int replace_blind(std::string& text, const std::string& from, const std::string&
         if (nFound == std::string::npos) {
             break;
         }
-        nWork += text.size();
+        const std::string form = tail.substr(nFound, from.size());
+        std::string same = text;
+        const auto nHits = static_cast<std::size_t>(replace_all(same, form, form));
+        nWork += text.size() - nHits * from.size() + nHits * to.size();
         if (nWork > nMost) {
             text = before;
             return replace_once(text, from, to);
         }
-        nResult += replace_all(text, tail.substr(nFound, from.size()), to);
+        nResult += replace_all(text, form, to);
         nAt += nFound + to.size();
     }
     return static_cast<int>(std::min<long long>(nResult, INT_MAX));
+}
+
+/// The same steps by the class's own members, in every page and with the block that they leave; -1
+/// where they are many.
+int replace_each_step(Kelm& text, const char* find, const char* put) {
+    Kelm old(find);
+    old.MakeUpper();
+    int nResult = 0;
+    for (int nStep = 0, nAt = 0; nStep < 30 && text.GetLength() < 300; ++nStep) {
+        const Kelm tail = text.Mid(nAt);
+        Kelm folded(tail);
+        folded.MakeUpper();
+        const int nFound = folded.Find(old);
+        if (nFound < 0) {
+            return nResult;
+        }
+        nResult += text.Replace(tail.Mid(nFound, old.GetLength()), put);
+        nAt += nFound + static_cast<int>(std::strlen(put));
+    }
+    return -1;
 }
 
 template <class String>
@@ -199,6 +222,10 @@ TEST(BlindReplacing, EndlessStepsBecomeOnePass) {
         ASSERT_TRUE(whole(text) == expected) << row.text;
         ASSERT_EQ(text.GetAllocLength(), text.GetLength()) << row.text;
     }
+    // The third step alone would be too much.
+    Kelm two("aA");
+    EXPECT_EQ(two.NCReplace("a", Kelm::FromRepeat('A', 2000)), 2);
+    EXPECT_TRUE(two == Kelm::FromRepeat('A', 4000));
     Open<Kelm> locked = from<Kelm>("a&b&c\0&", 20);
     const char* place = locked.LockBuffer();
     EXPECT_EQ(locked.NCReplace("&", "&&"), 2);
@@ -220,13 +247,13 @@ TEST(BlindRemoval, LongTextsInLinearTime) {
         const char* behind;
         const char* find;
     };
-    for (const Case& row : {Case{"zh_CN.GB18030", "\xB0\xA1", "x", "\xB0\xA1x"},
-                            Case{"ja_JP.EUC-JP", "\xA4\xA2", "x", "\xA4\xA2X"},
-                            Case{"ja_JP.SHIFT_JIS", "\xB1", "\xB1", "\xB1"},
-                            // Each removal makes other characters of all that follow.
-                            Case{"zh_CN.GBK", "\xB0\xB0", "", "\xB0"},
-                            Case{"ja_JP.EUC-JP", "\xA4\xA4", "", "\xA4"},
-                            Case{"en_US.UTF-8", "\xC3\xA9", "\xC3\x89", "\xC3\x89\xC3\xA9"}}) {
+    for (const Case& row :
+         {Case{"zh_CN.GB18030", "\xB0\xA1", "x", "\xB0\xA1x"},
+          Case{"ja_JP.EUC-JP", "\xA4\xA2", "x", "\xA4\xA2X"},
+          Case{"ja_JP.SHIFT_JIS", "\xB1", "\xB1", "\xB1"},
+          // Each removal makes other characters of all that follow.
+          Case{"zh_CN.GBK", "\xB0\xB0", "", "\xB0"}, Case{"ja_JP.EUC-JP", "\xA4\xA4", "", "\xA4"},
+          Case{"en_US.UTF-8", "\xC3\xA9", "\xC3\x89", "\xC3\x89\xC3\xA9"}}) {
         const LocaleScope locale(row.locale);
         Kelm text("\xFF");  // ill-formed
         text.Repeat(row.repeated, nLength);
@@ -264,8 +291,8 @@ TEST(DoubleByte, HitsStandOnCharacters) {
     EXPECT_STREQ(Kelm("b\203Ab").SpanExcluding("A"), "b\203Ab");
 }
 
-// With bytes that a removal brings together to other characters.
-TEST(BlindRemoval, AgainstEachStepInAllPages) {
+// With bytes that an edit brings together to other characters.
+TEST(BlindEdits, AgainstEachStepInAllPages) {
     struct Case {
         const char* locale;
         const char* alphabet;
@@ -296,6 +323,21 @@ TEST(BlindRemoval, AgainstEachStepInAllPages) {
             };
             for (const char* find : row.finds) {
                 each_step(find, static_cast<int>(std::strlen(find)));
+                for (const char* put : {"", "x", "aA", row.finds[1], row.alphabet + 1}) {
+                    Open<Kelm> expected = from<Kelm>(text, text.size() + 2);
+                    Open<Kelm> object = from<Kelm>(text, text.size() + 2);
+                    if (text.size() % 2 == 1) {
+                        expected.LockBuffer();
+                        object.LockBuffer();
+                    }
+                    const int nHits = text.size() < 5 ? replace_each_step(expected, find, put) : -1;
+                    ASSERT_TRUE(nHits < 0 ||
+                                (object.NCReplace(find, put) == nHits &&
+                                 whole(object) == whole(expected) &&
+                                 object.GetAllocLength() == expected.GetAllocLength() &&
+                                 object.Refs() == expected.Refs()))
+                        << row.locale << ' ' << text << ' ' << find << ' ' << put;
+                }
             }
             for (const char* pch = row.alphabet; *pch != '\0'; ++pch) {
                 each_step(*pch, 1);
