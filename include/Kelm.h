@@ -1276,6 +1276,8 @@ private:
     friend KELM_API WString operator+(char16_t ch, const WString& string);
     friend KELM_API WString operator+(const WString& string, const char16_t* pchText);
     friend KELM_API WString operator+(const char16_t* pchText, const WString& string);
+    friend KELM_API WString operator+(const WString& string, const char* pchText);
+    friend KELM_API WString operator+(const WString& string1, const Kelm& string2);
 
     void CopyUnshared(const WString& stringSrc);
     void DestroyUnshared();
@@ -1288,6 +1290,7 @@ private:
     KELM_LOCAL static WString FromDigits(int nLen, const char16_t* pchDigits, int nCapacity);
     KELM_LOCAL static WString Join(int nLen1, const char16_t* pch1, int nLen2,
                                    const char16_t* pch2);
+    KELM_LOCAL static WString JoinNarrow(const WString& string, int nLen, const char* pchText);
 };
 
 /// @name Joining wide text

@@ -739,6 +739,15 @@ WString WString::Join(int nLen1, const char16_t* pch1, int nLen2, const char16_t
     return text;
 }
 
+/// Decodes to the place where the units stay.
+WString WString::JoinNarrow(const WString& string, int nLen, const char* pchText) {
+    const platform::Decoding decoding(0U, pchText, nLen);
+    WString text;
+    string.AllocCopy(text, string.GetLength(), 0, decoding.Size());
+    decoding.Write(text.m_pchData + string.GetLength());
+    return text;
+}
+
 WString operator+(const WString& string1, const WString& string2) {
     return WString::Join(string1.GetLength(), string1, string2.GetLength(), string2);
 }
@@ -760,11 +769,11 @@ WString operator+(const char16_t* pchText, const WString& string) {
 }
 
 WString operator+(const WString& string, const char* pchText) {
-    return string + WString(pchText);
+    return WString::JoinNarrow(string, pchText == nullptr ? 0 : length_of(pchText), pchText);
 }
 
 WString operator+(const WString& string1, const Kelm& string2) {
-    return string1 + WString(string2);
+    return WString::JoinNarrow(string1, string2.GetLength(), string2);
 }
 
 bool operator==(const WString& string1, const WString& string2) noexcept {

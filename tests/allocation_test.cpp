@@ -449,6 +449,21 @@ TYPED_TEST(Allocation, FailsWithoutHarm) {
     }
 }
 
+TEST(NarrowText, IsDecodedToWhereItStays) {
+    const auto allocations = [](auto make) {
+        allocator.nCalls = allocator.nFail = 0;
+        allocator.bArmed = true;
+        const WString made = make();
+        allocator.bArmed = false;
+        EXPECT_EQ(made.GetAllocLength(), made.GetLength());
+        return allocator.nCalls;
+    };
+    const WString text(u"wide");
+    EXPECT_EQ(allocations([] { return WString("narrow"); }), 1);
+    EXPECT_EQ(allocations([&] { return text + "narrow"; }), 1);
+    EXPECT_EQ(allocations([&] { return text + static_cast<const char*>(nullptr); }), 1);
+}
+
 TEST(AllocationRows, CoverEveryExport) {
     std::set<std::string> names;
     std::ifstream list(KELM_EXPORTS);
