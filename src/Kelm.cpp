@@ -71,14 +71,11 @@ int count_hits(const CodePage& page, const char* pchFirst, const char* pchLast, 
         platform::count_text(page, pchFirst, pchLast, pchText, static_cast<std::size_t>(nLen)));
 }
 
-/// Whether the last byte is a character by itself in every code page, as it is behind another ASCII
-/// byte, and fails the test.
-template <class Test>
-bool keeps_last(const char* pchFirst, const char* pchEnd, Test test) {
-    const char* pchLast = pchEnd - 1;
-    const bool bPlain =
-        (*pchLast & 0x80) == 0 && (pchLast == pchFirst || (pchLast[-1] & 0x80) == 0);
-    return bPlain && !test(*pchLast);
+/// Whether the last byte is a character by itself in every code page, as ASCII is in front of which
+/// there is nothing or ASCII too.
+bool ends_plainly(const char* pchFirst, const char* pchEnd) {
+    return pchEnd != pchFirst && (pchEnd[-1] & 0x80) == 0 &&
+           (pchEnd - 1 == pchFirst || (pchEnd[-2] & 0x80) == 0);
 }
 
 int read_int(const char* pchText) {
@@ -502,15 +499,17 @@ template <class Test>
 void Kelm::TrimRightWhere(Test test) {
     CopyBeforeWrite();
     const char* pchEnd = m_pchData + std::strlen(m_pchData);
-    if (pchEnd == m_pchData || keeps_last(m_pchData, pchEnd, test)) {
-        return;
+    const char* pchRun = pchEnd;
+    while (ends_plainly(m_pchData, pchRun) && test(pchRun[-1])) {
+        --pchRun;
     }
-    bool aTest[256];
-    for (int n = 0; n < 256; ++n) {
-        aTest[n] = test(static_cast<char>(n));
+    if (pchRun != m_pchData && !ends_plainly(m_pchData, pchRun)) {
+        bool aTest[256];
+        for (int n = 0; n < 256; ++n) {
+            aTest[n] = test(static_cast<char>(n));
+        }
+        pchRun = platform::trailing_run(*platform::process_code_page(), m_pchData, pchRun, aTest);
     }
-    const char* pchRun =
-        platform::trailing_run(*platform::process_code_page(), m_pchData, pchEnd, aTest);
     if (pchRun != pchEnd) {
         SetLength(distance<char>(m_pchData, pchRun));
     }

@@ -339,8 +339,19 @@ TEST(BlindEdits, AgainstEachStepInAllPages) {
                         << row.locale << ' ' << text << ' ' << find << ' ' << put;
                 }
             }
+            Kelm mirrored(text.c_str());
+            mirrored.MakeReverse();
+            Kelm again(mirrored);
+            again.MakeReverse();
             for (const char* pch = row.alphabet; *pch != '\0'; ++pch) {
                 each_step(*pch, 1);
+                Kelm left(mirrored);
+                left.TrimLeft(*pch);
+                left.MakeReverse();
+                Kelm right(text.c_str());
+                right.TrimRight(*pch);
+                // Not where the mirror has other characters.
+                ASSERT_TRUE(again != text.c_str() || right == left) << row.locale << ' ' << text;
             }
         }
     }
