@@ -59,7 +59,8 @@ bool is_well_formed(const CodePage& page, const char* pchText) {
 /// For each length of a beginning of the text, its longest proper beginning that is its ending too.
 std::unique_ptr<int[]> borders_of(const Kelm& text) {
     const int nLen = text.GetLength();
-    std::unique_ptr<int[]> borders(new int[static_cast<std::size_t>(nLen) + 1]());
+    std::unique_ptr<int[]> owner(new int[static_cast<std::size_t>(nLen) + 1]());
+    int* borders = owner.get();
     for (int n = 1, nBorder = 0; n < nLen; ++n) {
         while (nBorder > 0 && text[n] != text[nBorder]) {
             nBorder = borders[nBorder];
@@ -67,7 +68,7 @@ std::unique_ptr<int[]> borders_of(const Kelm& text) {
         nBorder += text[n] == text[nBorder] ? 1 : 0;
         borders[n + 1] = nBorder;
     }
-    return borders;
+    return owner;
 }
 
 /// Index of the last occurrence of bytes, or -1.
@@ -121,7 +122,7 @@ public:
             return false;
         }
         const int nLast = last_of(pchNew, nNew, form);
-        if (nLast < 0 || borders_of(m_upper)[nOld] != 0) {
+        if (nLast < 0 || borders_of(m_upper).get()[nOld] != 0) {
             return false;
         }
         const char* pchText = text;
@@ -183,8 +184,10 @@ public:
     }
 
     int Run() {
-        m_borders = borders_of(m_upper);
-        m_lengths.reset(new unsigned char[static_cast<std::size_t>(m_nEnd) + 1]());
+        m_ownBorders = borders_of(m_upper);
+        m_ownLengths.reset(new unsigned char[static_cast<std::size_t>(m_nEnd) + 1]());
+        m_borders = m_ownBorders.get();
+        m_lengths = m_ownLengths.get();
         for (int n = 0; n < m_nEnd;) {
             const unsigned char nLen = Measure(n);
             m_lengths[n] = nLen;
@@ -313,8 +316,10 @@ private:
     Kelm m_folded;
     char* m_pchText;
     char* m_pchFolded;
-    std::unique_ptr<int[]> m_borders;
-    std::unique_ptr<unsigned char[]> m_lengths;  // 0 inside a character
+    std::unique_ptr<int[]> m_ownBorders;
+    std::unique_ptr<unsigned char[]> m_ownLengths;
+    const int* m_borders = nullptr;
+    unsigned char* m_lengths = nullptr;  // 0 inside a character
     int m_nWrite = 0;
     int m_nRead = 0;
     int m_nMatched = 0;
