@@ -8,12 +8,9 @@
 #include <memory>
 
 #include "Kelm.h"
-#include "multibyte/case.h"
 #include "multibyte/multibyte.h"
-#include "multibyte/single_bytes.h"
 #include "replacing.h"
-#include "search/scan.h"
-#include "search/text_search.h"
+#include "search/search.h"
 #include "searching.h"
 #include "storage.h"
 

@@ -2,7 +2,7 @@
 #include <utility>
 
 #include "Kelm.h"
-#include "multibyte/single_bytes.h"
+#include "multibyte/multibyte.h"
 #include "storage.h"
 
 using storage::distance;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "search/scan.h"
+#include "search/search.h"
 #include "storage.h"
 
 /// Delimited text as ranges, for both classes.

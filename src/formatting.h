@@ -4,7 +4,7 @@
 #include <cstdarg>
 
 #include "print/print.h"
-#include "search/scan.h"
+#include "search/search.h"
 #include "storage.h"
 
 /// The print into a value, for both classes.

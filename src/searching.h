@@ -4,8 +4,8 @@
 #include <cstddef>
 
 #include "multibyte/multibyte.h"
-#include "pages/code_pages.h"
-#include "search/scan.h"
+#include "pages/pages.h"
+#include "search/search.h"
 
 /// Searches that end at the first NUL, for both classes. Where that is, is not known, and behind it
 /// there may be any amount of text. So the text is searched in stretches, each twice as long as all

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "blocks.h"
-#include "search/scan.h"
+#include "search/search.h"
 #include "wide/wide.h"
 
 /// The rules of storage, once for both classes: how a value shares a block, leaves it, writes to it

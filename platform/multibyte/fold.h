@@ -7,7 +7,7 @@
 #include <wctype.h>
 
 #include "lanes/vectors.h"
-#include "multibyte/multibyte.h"
+#include "multibyte/characters.h"
 #include "pages/code_pages.h"
 #include "pages/utf8_walk.h"
 

@@ -9,7 +9,7 @@
 #include <type_traits>
 
 #include "assertion.h"
-#include "multibyte/multibyte.h"
+#include "multibyte/characters.h"
 #include "numbers.h"
 #include "pages/code_pages.h"
 #include "wide/wide.h"

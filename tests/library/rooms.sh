@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Includes run downwards: a source of the platform takes headers of its own room and of rooms on
-# lower floors, the classes take what they like, and nothing else is included by a relative name.
+# lower floors, the classes take the one header of a room that has its name.
 # Usage: rooms.sh SOURCE_FOLDER
 set -euo pipefail
 cd "$1"
@@ -31,6 +31,12 @@ for source in platform/*.{h,cpp} platform/*/*.{h,cpp}; do
         below=$(room_of "$included")
         [[ $below == "$room" || ${floor[$below]-9} -lt ${floor[$room]-0} ]] ||
             reject "$source: includes $included, which is not below its room"
+    done
+done
+for source in src/*.{h,cpp}; do
+    for included in $(sed -nE 's/^ *# *include "([a-z0-9_]+\/[^"]+)".*/\1/p' "$source"); do
+        [[ $included == "${included%%/*}/${included%%/*}.h" ]] ||
+            reject "$source: includes $included, which is the room's own"
     done
 done
 ((seen > 0)) || reject "no include was read"

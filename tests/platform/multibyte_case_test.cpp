@@ -9,7 +9,7 @@
 
 #include "alphabets.h"
 #include "locales.h"
-#include "multibyte/multibyte.h"
+#include "multibyte/characters.h"
 #include "texts.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "multibyte/multibyte.h"
+#include "multibyte/characters.h"
 
 #include <wchar.h>
 
