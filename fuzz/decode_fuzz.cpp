@@ -6,12 +6,6 @@
 
 namespace {
 
-std::u16string Units(const std::string& bytes) {
-    std::u16string text(bytes.size() / sizeof(char16_t), u'\0');
-    bytes.copy(reinterpret_cast<char*>(text.data()), bytes.size());
-    return text;
-}
-
 bool IsPaired(const std::u16string& text) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         if ((text[i] & 0xFC00) == 0xD800 && i + 1 < text.size()) {
@@ -35,7 +29,7 @@ void Check(const fuzz::Page& page, const std::string& bytes) {
 
     const auto wanted = fuzz::Convert("UTF-16LE", page.converter, bytes);
     if (wanted && !page.isComposed) {
-        fuzz::Require(text == Units(*wanted));
+        fuzz::Require(text == oracle::units(*wanted));
     }
     if (page.number == 65001) {
         const Kelm back = wide.ToKelm(page.number);

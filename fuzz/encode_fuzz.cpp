@@ -7,10 +7,6 @@
 
 namespace {
 
-std::string Utf16Bytes(const std::u16string& text) {
-    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
-}
-
 bool HasTags(const std::u16string& text) {
     return text.find(u'\xDB40') != std::u16string::npos;
 }
@@ -24,7 +20,7 @@ void Check(const fuzz::Page& page, const std::u16string& text) {
     fuzz::Require(narrow.IsEmpty() == text.empty());
 
     const std::string bytes(narrow.constBuffer(), static_cast<std::size_t>(narrow.GetLength()));
-    const auto wanted = fuzz::Convert(page.converter, "UTF-16LE", Utf16Bytes(text));
+    const auto wanted = fuzz::Convert(page.converter, "UTF-16LE", oracle::bytes_of(text));
     fuzz::Require(!wanted || HasTags(text) || bytes == *wanted);
     const WString back = WString::FromCodePage(narrow, page.number);
     if (page.number == 54936 || page.number == 65001) {

@@ -9,13 +9,11 @@
 #include <iterator>
 #include <string>
 
+#include "require.h"
+
 namespace {
 
-void Require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
+using fuzz::Require;
 
 struct WideText : WString {
     using WString::Format;

@@ -11,33 +11,16 @@
 #include <limits>
 #include <string>
 
+#include "oracle.h"
+#include "require.h"
+
 namespace {
 
-void Require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
-
-long long Clamped(long long value) {
-    using Limits = std::numeric_limits<std::int32_t>;
-    return std::clamp<long long>(value, Limits::min(), Limits::max());
-}
-
-template <class Reduce>
-long long ExpectedInteger(const std::string& text, Reduce reduce) {
-    const long long decimal = reduce(std::strtoll(text.c_str(), nullptr, 10));
-    return decimal != 0 ? decimal : reduce(std::strtoll(text.c_str(), nullptr, 16));
-}
-
-/// The C library reads hexadecimal and words as well: it is not shown their letters.
-double ExpectedDouble(const std::string& text) {
-    return std::strtod(text.substr(0, text.find_first_of("xXiInN")).c_str(), nullptr);
-}
+using fuzz::Require;
 
 bool ExpectedBool(const std::string& text) {
     if (text.find_first_of("0123456789") != std::string::npos) {
-        return ExpectedInteger(text, Clamped) != 0;
+        return oracle::integer(text, oracle::clamped) != 0;
     }
     std::string word = text.c_str();
     const auto isSpace = [](unsigned char byte) { return std::isspace(byte) != 0; };
@@ -52,11 +35,10 @@ bool ExpectedBool(const std::string& text) {
 
 template <class Value>
 void CheckNumbers(const Value& value, const std::string& text) {
-    const auto whole = [](long long integer) { return integer; };
-    Require(value.Int() == ExpectedInteger(text, Clamped));
-    Require(value.Long() == ExpectedInteger(text, Clamped));
-    Require(value.Int64() == ExpectedInteger(text, whole));
-    const double expected = ExpectedDouble(text);
+    Require(value.Int() == oracle::integer(text, oracle::clamped));
+    Require(value.Long() == oracle::integer(text, oracle::clamped));
+    Require(value.Int64() == oracle::integer(text, oracle::whole));
+    const double expected = oracle::real(text);
     Require(value.Double() == expected && std::signbit(value.Double()) == std::signbit(expected));
 }
 

@@ -1,13 +1,14 @@
 #pragma once
 
-#include <iconv.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
 #include <optional>
 #include <string>
+
+#include "oracle.h"
+#include "require.h"
 
 /// What the fuzz targets of the code pages share: the pages, and the C library's converters to
 /// compare with.
@@ -33,31 +34,12 @@ inline const Page& page_of(std::uint8_t byte) {
     return kPages[byte % std::size(kPages)];
 }
 
-inline void Require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
-
-/// The whole text converted, nothing where the converter finds fault with it. Tag characters are a
-/// fault too: the converter drops them without a word. So is a backslash's byte in Johab, where the
-/// library has that and the converter the won sign.
-inline std::optional<std::string> Convert(const char* to, const char* from, std::string text) {
-    const iconv_t converter = iconv_open(to, from);
-    char* in = text.data();
-    std::size_t inLeft = text.size();
-    std::string result(4 * text.size() + 16, '\0');
-    char* out = result.data();
-    std::size_t room = result.size();
-    const bool failed = iconv(converter, &in, &inLeft, &out, &room) == std::size_t(-1) ||
-                        iconv(converter, nullptr, nullptr, &out, &room) == std::size_t(-1);
-    iconv_close(converter);
-    result.resize(result.size() - room);
-    const bool isJohab = std::string("JOHAB") == to || std::string("JOHAB") == from;
-    if (isJohab && (text + result).find('\\') != std::string::npos) {
-        return std::nullopt;
-    }
-    return failed ? std::nullopt : std::optional(result);
+/// The whole text converted, nothing where the converter finds fault with it.
+inline std::optional<std::string> Convert(const char* to, const char* from,
+                                          const std::string& text) {
+    std::string result;
+    return oracle::Iconv(to, from).Convert(text, result) == 0 ? std::optional(result)
+                                                              : std::nullopt;
 }
 
 /// A value that says what it holds: its length is its capacity, and a terminator follows.

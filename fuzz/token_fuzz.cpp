@@ -5,13 +5,11 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "require.h"
+
 namespace {
 
-void Require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
+using fuzz::Require;
 
 /// The token in hand is a piece of the source's text, and both ways of reading it agree.
 void CheckCurrent(const Kelm& source, const Kelm::Token& token) {

@@ -10,39 +10,6 @@ template <class T>
 class Formatting : public ::testing::Test {};
 TYPED_TEST_SUITE(Formatting, Twins);
 
-TYPED_TEST(Formatting, TakesTheBlockOfTheEstimate) {
-    Open<TypeParam> text;
-    text.Format(T_(""));
-    EXPECT_EQ(text.Refs(), -1);
-    text.Format(T_("%d"), 5);
-    EXPECT_TRUE(text == T_("5") && text.GetAllocLength() == 32 && text.Refs() == 1);
-    const auto* place = text.GetBuffer(100);
-    text.Format(T_("%d|%s"), -7, T_("x"));
-    EXPECT_TRUE(text == T_("-7|x") && text.constBuffer() == place && text.GetAllocLength() == 100);
-    text.Format(T_(""));
-    EXPECT_TRUE(text.IsEmpty() && text.constBuffer() == place);
-    Open<TypeParam> shared(T_("hello"));
-    const Open<TypeParam> other(shared);
-    shared.Format(T_(""));
-    EXPECT_TRUE(shared.IsEmpty() && shared.GetAllocLength() == 5 && other == T_("hello"));
-    const Open<TypeParam> made(Open<TypeParam>::FromFormat(T_("%s"), T_("abc")));
-    EXPECT_TRUE(made == T_("abc") && made.GetAllocLength() == 3 && made.Refs() == 1);
-    EXPECT_EQ(Open<TypeParam>(Open<TypeParam>::FromFormat(T_(""))).Refs(), -1);
-    EXPECT_EQ(Open<TypeParam>::FromFormat(T_("%.0s"), T_("abc")).GetAllocLength(), 3);
-}
-
-TYPED_TEST(Formatting, AppendsBehindTheOldText) {
-    Open<TypeParam> text(T_("ab"));
-    const Open<TypeParam> other(text);
-    text.AppendFormat(T_("%d"), 7);
-    EXPECT_TRUE(text == T_("ab7") && text.GetAllocLength() == 34 && other == T_("ab"));
-    text.AppendFormat(T_("%c%d"), 0, 8);
-    EXPECT_TRUE(text == T_("ab7") && text.GetLength() == 3);
-    text.SetAt(1, 0);
-    text.AppendFormat(T_("%d"), 9);
-    EXPECT_EQ(text.GetLength(), 1);
-}
-
 TYPED_TEST(Formatting, NeverCutsWhereTheEstimateIsShort) {
     using String = typename Twin<TypeParam>::String;
     Open<TypeParam> text(T_("ab"));

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Every exported public member with a name of its own is called by a fuzz target.
-# Usage: fuzzed.sh EXPORTS TARGET...
+# Usage: fuzzed.sh EXPORTS SOURCE...
 set -euo pipefail
 # The protected members; the public ones above them reach them.
 protected='Init|AllocBuffer|FreeData|CopyBeforeWrite|AllocBeforeWrite|AssignCopy|AllocCopy|MoveAssign|ConcatCopy|ConcatInPlace|GetFormattedLength|VFormat|FormatV|AppendFormatV|_FromCodePage|FindWhitespace|FindChar|operator|GetData|CopyUnshared|DestroyUnshared'

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "locales.h"
+#include "oracle.h"
 #include "pages/code_pages.h"
 #include "printing.h"
 #include "texts.h"
@@ -38,6 +39,7 @@ extern "C" iconv_t iconv_open(const char* to, const char* from) {
 namespace platform {
 namespace {
 
+using oracle::Iconv;
 using std::u16string;
 using namespace std::string_literals;
 
@@ -69,14 +71,6 @@ u16string Decode(unsigned int page, std::string_view bytes) {
 
 std::string Encode(unsigned int page, std::u16string_view text) {
     return Converted<char>(page, text);
-}
-
-void Append(u16string& text, char32_t code) {
-    if (code >= 0x10000) {
-        text += static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10));
-        code = 0xDC00 + ((code - 0x10000) & 0x3FF);
-    }
-    text += static_cast<char16_t>(code);
 }
 
 std::string Bytes(std::initializer_list<int> values) {
@@ -126,69 +120,6 @@ TEST(FirstUse, WithoutConverters) {
     EXPECT_EQ(Encode(0, u"\x30AB"), "\x83\x4A");
 }
 
-struct Utf8Form {
-    unsigned char first[2];
-    std::vector<std::pair<int, int>> others;
-};
-
-const Utf8Form kUtf8Forms[] = {
-    {{0x00, 0x7F}, {}},
-    {{0xC2, 0xDF}, {{0x80, 0xBF}}},
-    {{0xE0, 0xE0}, {{0xA0, 0xBF}, {0x80, 0xBF}}},
-    {{0xE1, 0xEC}, {{0x80, 0xBF}, {0x80, 0xBF}}},
-    {{0xED, 0xED}, {{0x80, 0x9F}, {0x80, 0xBF}}},
-    {{0xEE, 0xEF}, {{0x80, 0xBF}, {0x80, 0xBF}}},
-    {{0xF0, 0xF0}, {{0x90, 0xBF}, {0x80, 0xBF}, {0x80, 0xBF}}},
-    {{0xF1, 0xF3}, {{0x80, 0xBF}, {0x80, 0xBF}, {0x80, 0xBF}}},
-    {{0xF4, 0xF4}, {{0x80, 0x8F}, {0x80, 0xBF}, {0x80, 0xBF}}},
-};
-
-u16string SlowUtf8(std::string_view bytes) {
-    u16string text;
-    for (std::size_t i = 0; i < bytes.size();) {
-        const auto lead = static_cast<unsigned char>(bytes[i++]);
-        const Utf8Form* form = std::find_if(
-            std::begin(kUtf8Forms), std::end(kUtf8Forms),
-            [&](const Utf8Form& f) { return lead >= f.first[0] && lead <= f.first[1]; });
-        if (form == std::end(kUtf8Forms)) {
-            text += u'\xFFFD';
-            continue;
-        }
-        const std::size_t more = form->others.size();
-        char32_t code = more == 0 ? lead : lead & (0x3Fu >> more);
-        std::size_t matched = 0;
-        for (; matched < more && i < bytes.size(); ++matched, ++i) {
-            const auto byte = static_cast<unsigned char>(bytes[i]);
-            if (byte < form->others[matched].first || byte > form->others[matched].second) {
-                break;
-            }
-            code = code * 64 + (byte - 0x80u);
-        }
-        Append(text, matched == more ? code : 0xFFFD);
-    }
-    return text;
-}
-
-std::string SlowUtf8(std::u16string_view text) {
-    std::string bytes;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        char32_t code = text[i];
-        if (code >= 0xD800 && code < 0xDC00 && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
-            text[i + 1] < 0xE000) {
-            code = 0x10000 + (code - 0xD800) * 0x400 + (text[++i] - 0xDC00u);
-        } else if (code >= 0xD800 && code < 0xE000) {
-            code = 0xFFFD;
-        }
-        const int more = code < 0x80 ? 0 : code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-        const unsigned int marks[] = {0, 0xC0, 0xE0, 0xF0};
-        bytes += static_cast<char>(marks[more] | code >> 6 * more);
-        for (int k = more - 1; k >= 0; --k) {
-            bytes += static_cast<char>(0x80 | (code >> 6 * k & 0x3F));
-        }
-    }
-    return bytes;
-}
-
 // Every byte that an edge of a range lies at.
 const std::string kEdges =
     Bytes({0x00, 0x41, 0x7F, 0x80, 0x8F, 0x90, 0x9F, 0xA0, 0xBF, 0xC0, 0xC1, 0xC2, 0xDF,
@@ -196,9 +127,10 @@ const std::string kEdges =
 
 TEST(Utf8, EveryShortSequenceOfEdgeBytes) {
     for (const std::string& bytes : all_texts(kEdges, 3)) {
-        ASSERT_EQ(Decode(65001, bytes), SlowUtf8(bytes)) << testing::PrintToString(bytes);
+        ASSERT_EQ(Decode(65001, bytes), oracle::decode_utf8(bytes))
+            << testing::PrintToString(bytes);
         for (const char lead : Bytes({0xF0, 0xF1, 0xF4, 0xE1})) {
-            ASSERT_EQ(Decode(65001, lead + bytes), SlowUtf8(lead + bytes))
+            ASSERT_EQ(Decode(65001, lead + bytes), oracle::decode_utf8(lead + bytes))
                 << testing::PrintToString(lead + bytes);
         }
     }
@@ -211,7 +143,8 @@ u16string RandomText(std::mt19937& random, int width, unsigned int purity, std::
     u16string text;
     while (text.size() < length) {
         const auto w = random() % purity == 0 ? 1 + random() % 4 : static_cast<unsigned>(width);
-        Append(text, kFirst[w] + static_cast<char32_t>(random() % (kLast[w] - kFirst[w] + 1)));
+        oracle::append_code(
+            text, kFirst[w] + static_cast<char32_t>(random() % (kLast[w] - kFirst[w] + 1)));
     }
     return text;
 }
@@ -223,15 +156,15 @@ TEST(Utf8, BlocksAgreeWithSingleSteps) {
         for (unsigned int purity : {2u, 20u, 1000000u}) {
             for (std::size_t length = 0; length <= 70; ++length) {
                 const u16string text = RandomText(random, width, purity, length + 16);
-                const std::string bytes = SlowUtf8(text);
+                const std::string bytes = oracle::encode_utf8(text);
                 for (std::size_t offset = 0; offset < 16; ++offset) {
                     const u16string part = text.substr(offset, length);
-                    ASSERT_EQ(Encode(65001, part), SlowUtf8(part));
+                    ASSERT_EQ(Encode(65001, part), oracle::encode_utf8(part));
                     std::string piece = bytes.substr(offset, length);
-                    ASSERT_EQ(Decode(65001, piece), SlowUtf8(piece));
+                    ASSERT_EQ(Decode(65001, piece), oracle::decode_utf8(piece));
                     if (length > 0) {
                         piece[random() % length] = kEdges[random() % kEdges.size()];
-                        ASSERT_EQ(Decode(65001, piece), SlowUtf8(piece));
+                        ASSERT_EQ(Decode(65001, piece), oracle::decode_utf8(piece));
                     }
                 }
             }
@@ -243,12 +176,12 @@ TEST(Utf8, BlocksAgreeWithSingleSteps) {
 TEST(Utf8, LongTextsWithFaults) {
     std::mt19937 random(21);
     for (int width = 1; width <= 4; ++width) {
-        const std::string good = SlowUtf8(RandomText(random, width, 50, 5000));
-        EXPECT_EQ(Decode(65001, good), SlowUtf8(good));
+        const std::string good = oracle::encode_utf8(RandomText(random, width, 50, 5000));
+        EXPECT_EQ(Decode(65001, good), oracle::decode_utf8(good));
         for (std::size_t at = 1000; at < 1050; ++at) {
             std::string bad = good;
             bad.replace(at, 1 + random() % 6, random() % 8, kEdges[random() % kEdges.size()]);
-            ASSERT_EQ(Decode(65001, bad), SlowUtf8(bad)) << width << ' ' << at;
+            ASSERT_EQ(Decode(65001, bad), oracle::decode_utf8(bad)) << width << ' ' << at;
         }
     }
     const std::string continuations(3000, '\x80');
@@ -262,47 +195,17 @@ TEST(Utf8, EveryUnitAndEveryPairOfEdgeUnits) {
                               0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0xFFFF};
     for (unsigned int unit = 0; unit <= 0xFFFF; ++unit) {
         const u16string text(1, static_cast<char16_t>(unit));
-        ASSERT_EQ(Encode(65001, text), SlowUtf8(text)) << unit;
+        ASSERT_EQ(Encode(65001, text), oracle::encode_utf8(text)) << unit;
     }
     for (char16_t a : edges) {
         for (char16_t b : edges) {
             for (std::size_t front = 0; front < 18; ++front) {
                 const u16string text = u16string(front, u'\x3042') + a + b + u16string(20, u'x');
-                ASSERT_EQ(Encode(65001, text), SlowUtf8(text)) << +a << ' ' << +b << ' ' << front;
+                ASSERT_EQ(Encode(65001, text), oracle::encode_utf8(text))
+                    << +a << ' ' << +b << ' ' << front;
             }
         }
     }
-}
-
-class Iconv {
-public:
-    Iconv(const char* to, const char* from) : handle_(iconv_open(to, from)) {}
-    ~Iconv() { iconv_close(handle_); }
-    Iconv(const Iconv&) = delete;
-    Iconv& operator=(const Iconv&) = delete;
-
-    /// 0 or the error of converting all of it on its own.
-    int Convert(std::string_view from, std::string& to) {
-        char* in = const_cast<char*>(from.data());
-        std::size_t inLeft = from.size();
-        char buffer[64];
-        char* out = buffer;
-        std::size_t room = sizeof buffer;
-        iconv(handle_, nullptr, nullptr, nullptr, nullptr);
-        const bool failed = iconv(handle_, &in, &inLeft, &out, &room) == std::size_t(-1) ||
-                            iconv(handle_, nullptr, nullptr, &out, &room) == std::size_t(-1);
-        to.assign(buffer, out);
-        return failed ? errno : 0;
-    }
-
-private:
-    iconv_t handle_;
-};
-
-u16string Units(const std::string& bytes) {
-    u16string text(bytes.size() / 2, u'\0');
-    std::copy(bytes.begin(), bytes.end(), reinterpret_cast<char*>(text.data()));
-    return text;
 }
 
 struct Area {
@@ -348,41 +251,20 @@ char16_t Beside(unsigned int page, int lead, int trail) {
     return 0;
 }
 
-/// The shortest prefix that is a character; else the bytes that began one and the next, up to the
-/// first ASCII byte, are one U+FFFD.
 u16string SlowDecode(const CodePage& page, Iconv& iconv, std::string_view bytes) {
-    u16string text;
-    while (!bytes.empty()) {
-        std::string result;
-        const auto lead = static_cast<unsigned char>(bytes[0]);
-        std::size_t length = 0;
-        int error = EINVAL;
-        while (error == EINVAL && length < bytes.size()) {
-            error = iconv.Convert(bytes.substr(0, ++length), result);
-        }
-        if (page.number == 1361 && lead == 0x5C) {
-            result = "\\\0"s;
-        }
-        const bool isPair = page.grouping == Grouping::DoubleByte && bytes.size() > 1;
-        const char16_t own = Beside(page.number, isPair ? lead : 0,
-                                    static_cast<unsigned char>(isPair ? bytes[1] : bytes[0]));
-        if (error != 0 && own != 0) {
-            length = isPair ? 2 : 1;
-            result = Bytes({own & 0xFF, own >> 8});
-            error = 0;
-        }
-        if (error != 0) {
-            if (page.leadBytes != nullptr && page.IsLead(lead)) {
-                length = std::min<std::size_t>(2, bytes.size());
-            }
-            const auto* ascii = std::find_if(bytes.begin() + 1, bytes.begin() + length,
-                                             [](char c) { return (c & 0x80) == 0; });
-            length = static_cast<std::size_t>(ascii - bytes.begin());
-        }
-        text += error == 0 ? Units(result) : u"\xFFFD"s;
-        bytes.remove_prefix(length);
-    }
-    return text;
+    const auto isLead = [&](char byte) {
+        return page.leadBytes != nullptr && page.IsLead(static_cast<unsigned char>(byte));
+    };
+    const auto beside = [&](std::string_view rest, bool isFault) {
+        const auto lead = static_cast<unsigned char>(rest[0]);
+        const bool isPair = page.grouping == Grouping::DoubleByte && rest.size() > 1;
+        const auto last = static_cast<unsigned char>(isPair ? rest[1] : rest[0]);
+        return page.number == 1361 && lead == 0x5C
+                   ? std::pair(u'\\', std::size_t{1})
+                   : std::pair(isFault ? Beside(page.number, isPair ? lead : 0, last) : u'\0',
+                               std::size_t{isPair ? 2U : 1U});
+    };
+    return oracle::decode(iconv, isLead, beside, bytes);
 }
 
 std::vector<const CodePage*> AllPages() {
@@ -492,7 +374,7 @@ TEST(Pages, Gb18030HasEveryCharacterAboveTheBmp) {
     Iconv iconv("GB18030", "UTF-16LE");
     for (char32_t code = 0x10000; code <= 0x10FFFF; code += code % 0x1000 == 0xFFF ? 1 : 7) {
         u16string text;
-        Append(text, code);
+        oracle::append_code(text, code);
         std::string wanted;
         ASSERT_EQ(iconv.Convert({reinterpret_cast<const char*>(text.data()), 4}, wanted), 0);
         ASSERT_EQ(Encode(54936, text), wanted) << std::size_t{code};
@@ -575,8 +457,8 @@ TEST(Contract, ZeroMeansTheProcess) {
         Iconv iconv("UTF-16LE", converter.c_str());
         std::string wanted;
         ASSERT_EQ(iconv.Convert(c.bytes, wanted), 0);
-        EXPECT_EQ(Decode(0, c.bytes), Units(wanted));
-        EXPECT_EQ(Encode(0, Units(wanted)), c.bytes);
+        EXPECT_EQ(Decode(0, c.bytes), oracle::units(wanted));
+        EXPECT_EQ(Encode(0, oracle::units(wanted)), c.bytes);
     }
 }
 

@@ -4,14 +4,13 @@
 #include <wctype.h>
 
 #include <algorithm>
-#include <numeric>
-#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "guarded.h"
 #include "locales.h"
+#include "oracle.h"
 #include "search/two_way.h"
 #include "texts.h"
 
@@ -20,31 +19,11 @@ namespace {
 const char* const kLocales[] = {"C", "en_US.UTF-8", "de_DE.ISO-8859-1", "ja_JP.SHIFT_JIS",
                                 "tr_TR.UTF-8"};
 
-// Letters with partners within ASCII, outside it and across its border, and neighbours of letters.
-const std::u16string kLetters =
-    u"aAiIkKsSzZ@[`{1\u017F\u0131\u0130\u212A\u00E4\u00C4\u0434\u0414\xD83D";
-
-char16_t Fitting(wint_t folded, char16_t unit) {
-    return folded < 0x10000 ? static_cast<char16_t>(folded) : unit;
+std::u16string Upper(const std::u16string& text) {
+    return oracle::folded(text, oracle::kUpper);
 }
-char16_t SlowUpper(char16_t unit) {
-    return Fitting(towupper(unit), unit);
-}
-char16_t SlowLower(char16_t unit) {
-    return Fitting(towlower(unit), unit);
-}
-
-std::u16string Folded(std::u16string text, char16_t (*fold)(char16_t)) {
-    std::transform(text.begin(), text.end(), text.begin(), fold);
-    return text;
-}
-
-std::u16string RandomText(std::mt19937& random, std::size_t length, std::u16string_view alphabet) {
-    std::u16string text(length, 0);
-    for (char16_t& unit : text) {
-        unit = alphabet[random() % alphabet.size()];
-    }
-    return text;
+std::u16string Lower(const std::u16string& text) {
+    return oracle::folded(text, oracle::kLower);
 }
 
 TEST(WideText, IsMeasuredAndReversedAtEveryAlignment) {
@@ -76,11 +55,12 @@ TEST(WideText, IsComparedAtEveryAlignment) {
                     other[place] = unit;
                     const char16_t* const left = leftPages.AcrossPages(text, before);
                     const char16_t* const right = rightPages.AtEnd(other.c_str());
-                    const int order = sign(text.compare(other.c_str()));
-                    ASSERT_EQ(sign(platform::wcscmp(left, right)), order) << length << ' ' << place;
-                    ASSERT_EQ(sign(platform::wcscmp(right, left)), -order);
-                    ASSERT_EQ(sign(platform::_wcsicmp(left, right)), order);
-                    ASSERT_EQ(sign(platform::_wcsicmp(right, left)), -order);
+                    const int order = oracle::sign(text.compare(other.c_str()));
+                    ASSERT_EQ(oracle::sign(platform::wcscmp(left, right)), order)
+                        << length << ' ' << place;
+                    ASSERT_EQ(oracle::sign(platform::wcscmp(right, left)), -order);
+                    ASSERT_EQ(oracle::sign(platform::_wcsicmp(left, right)), order);
+                    ASSERT_EQ(oracle::sign(platform::_wcsicmp(right, left)), -order);
                 }
             }
         }
@@ -89,28 +69,6 @@ TEST(WideText, IsComparedAtEveryAlignment) {
     EXPECT_LT(platform::wcsncmp(u"I6", u"I64", 3), 0);
     EXPECT_GT(platform::wcsncmp(u"\u8000", u"a", 1), 0);
     EXPECT_EQ(platform::wcsncmp(u"a", u"a", 9), 0);
-}
-
-TEST(WideText, IsComparedWithoutCaseByTheLocale) {
-    std::mt19937 random(1);
-    GuardedPages<char16_t> leftPages;
-    GuardedPages<char16_t> rightPages;
-    for (const char* const locale : kLocales) {
-        const LocaleScope scope(locale);
-        for (int i = 0; i < 8000; ++i) {
-            const std::u16string left = RandomText(random, random() % 60, kLetters);
-            std::u16string right = Folded(left, i % 2 == 0 ? SlowUpper : SlowLower);
-            if (i % 3 == 0 && !right.empty()) {
-                right[random() % right.size()] = kLetters[random() % kLetters.size()];
-            }
-            const int order = sign(Folded(left, SlowLower).compare(Folded(right, SlowLower)));
-            const char16_t* const l = leftPages.AcrossPages(left, random() % 70);
-            const char16_t* const r = rightPages.AtEnd(right);
-            ASSERT_EQ(sign(platform::_wcsicmp(l, r)), order) << locale << ' ' << i;
-            ASSERT_EQ(sign(platform::_wcsicmp(r, l)), -order) << locale << ' ' << i;
-        }
-    }
-    EXPECT_GT(platform::_wcsicmp(u"a", u"_"), 0);
 }
 
 // Every unit but NUL: in order, and so that those which share the low byte follow each other. Then
@@ -134,16 +92,16 @@ TEST(WideText, IsFoldedAsTheLocaleFoldsEachUnit) {
     for (const char* const locale : kLocales) {
         const LocaleScope scope(locale);
         for (const char16_t unit : samples[0]) {
-            ASSERT_EQ(platform::towupper(unit), SlowUpper(unit)) << locale << ' ' << int{unit};
-            ASSERT_EQ(platform::towlower(unit), SlowLower(unit)) << locale << ' ' << int{unit};
+            ASSERT_EQ(platform::towupper(unit), Upper({unit})[0]) << locale << ' ' << int{unit};
+            ASSERT_EQ(platform::towlower(unit), Lower({unit})[0]) << locale << ' ' << int{unit};
         }
         for (const std::u16string& source : samples) {
             std::u16string folded = source;
             platform::_wcsupr(folded.data());
-            ASSERT_EQ(folded, Folded(source, SlowUpper)) << locale;
+            ASSERT_EQ(folded, Upper(source)) << locale;
             folded = source;
             platform::_wcslwr(folded.data());
-            ASSERT_EQ(folded, Folded(source, SlowLower)) << locale;
+            ASSERT_EQ(folded, Lower(source)) << locale;
         }
     }
     std::u16string twoTexts(u"ab\0cd", 5);
@@ -185,53 +143,6 @@ TEST(WideText, LosesTheUnitsOfAClassOfTheLocale) {
     }
 }
 
-TEST(WideText, IsSearchedForTheMembersOfASet) {
-    GuardedPages<char16_t> pages;
-    std::mt19937 random(2);
-    std::u16string alphabet(0x200, 0);
-    std::iota(alphabet.begin(), alphabet.end(), u'\0');
-    for (int i = 0; i < 8000; ++i) {
-        const auto setUnits = std::u16string_view(alphabet).substr(0x100, 200);
-        const std::u16string set = RandomText(random, random() % 25, setUnits);
-        const std::u16string text = RandomText(random, random() % 50, alphabet);
-        const char16_t* const first = pages.AtEnd(text);
-        const std::size_t expected = text.find_first_of(set);
-        ASSERT_EQ(platform::wcspbrk(first, first + text.size(), set.c_str()),
-                  expected != std::u16string::npos ? first + expected : nullptr);
-    }
-}
-
-void ExpectFoldedSearch(std::u16string_view text, const std::u16string& pattern) {
-    const std::u16string upper = Folded(pattern, SlowUpper);
-    const std::size_t expected = Folded(std::u16string(text), SlowUpper).find(upper);
-    const char16_t* const found =
-        platform::find_folded(text.data(), text.data() + text.size(), upper.data(), upper.size());
-    ASSERT_EQ(found, expected != std::u16string::npos ? text.data() + expected : nullptr)
-        << text.size() << ' ' << pattern.size();
-}
-
-TEST(WideText, IsSearchedWithoutCaseByTheLocale) {
-    std::mt19937 random(3);
-    GuardedPages<char16_t> pages;
-    for (const char* const locale : kLocales) {
-        const LocaleScope scope(locale);
-        for (int i = 0; i < 10000; ++i) {
-            // Few letters, so that near hits are common; all from ASCII in every other text.
-            const std::size_t letters = 1 + random() % (i % 2 == 0 ? 6 : kLetters.size());
-            std::u16string_view alphabet(kLetters);
-            alphabet = alphabet.substr(0, letters);
-            std::u16string text = RandomText(random, random() % 100, alphabet);
-            std::u16string pattern = RandomText(random, random() % 7, alphabet);
-            if (i % 3 == 0) {
-                const std::size_t from = random() % (text.size() + 1);
-                pattern = text.substr(from, random() % 20);
-                text[from / 2] ^= from % 2;
-            }
-            ExpectFoldedSearch({pages.AtEnd(text), text.size()}, pattern);
-        }
-    }
-}
-
 // Nearly every place of the text fits for a long way, and the last one to the end.
 TEST(WideText, IsSearchedWithoutCaseInLinearTime) {
     for (const std::u16string unit : {u"a", u"ab", u"\u0434", u"aab"}) {
@@ -244,7 +155,7 @@ TEST(WideText, IsSearchedWithoutCaseInLinearTime) {
             text += run;
         }
         const std::u16string pattern = run + u'x' + run;
-        const std::u16string upper = Folded(pattern, SlowUpper);
+        const std::u16string upper = Upper(pattern);
         const std::u16string whole = text + pattern;
         const char16_t* const place = whole.data() + text.size();
         const char16_t* const end = whole.data() + whole.size();

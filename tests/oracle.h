@@ -1,0 +1,418 @@
+#pragma once
+
+#include <iconv.h>
+#include <langinfo.h>
+
+#include <algorithm>
+#include <cctype>
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+#include <cwctype>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+/// What the tests and the fuzz targets hold the library against: the slowest way that is plainly
+/// right, by the C library alone. The locale is the one that is set.
+namespace oracle {
+
+template <class Unit>
+using Characters = std::vector<std::basic_string<Unit>>;
+
+inline bool is_utf8_character(const std::string& bytes) {
+    const auto bits = [&](std::size_t i) -> unsigned {
+        return static_cast<unsigned char>(bytes[i]);
+    };
+    const std::size_t length = bytes.size();
+    unsigned value = bits(0) & (0xFFU >> (length + 1));
+    for (std::size_t i = 1; i < length; ++i) {
+        if (bits(i) >> 6 != 2) {
+            return false;
+        }
+        value = value << 6 | (bits(i) & 0x3FU);
+    }
+    const unsigned least[] = {0x80, 0x800, 0x10000};
+    return length <= 4 && bits(0) >> (7 - length) == (2U << length) - 2 &&
+           value >= least[length - 2] && value <= 0x10FFFF && value / 0x800 != 0xD800 / 0x800;
+}
+
+inline std::string codeset() {
+    const std::string name = nl_langinfo(CODESET);
+    return name == "ANSI_X3.4-1968" ? "UTF-8" : name;
+}
+
+/// First and last lead bytes of the codesets whose lead bytes take whatever follows.
+inline std::string lead_ranges(const std::string& name) {
+    return name == "SHIFT_JIS" || name == "CP932" ? "\x81\x9F\xE0\xFC"
+           : name == "GBK" || name == "BIG5"      ? "\x81\xFE"
+                                                  : "";
+}
+
+inline bool is_lead(const std::string& ranges, char byte) {
+    const auto value = static_cast<unsigned char>(byte);
+    bool isLead = false;
+    for (std::size_t i = 0; i < ranges.size(); i += 2) {
+        isLead |= value >= static_cast<unsigned char>(ranges[i]) &&
+                  value <= static_cast<unsigned char>(ranges[i + 1]);
+    }
+    return isLead;
+}
+
+/// Whether the bytes, two or more, are one character of the locale.
+inline bool is_character(const std::string& name, const std::string& bytes) {
+    if (name == "UTF-8") {
+        return is_utf8_character(bytes);
+    }
+    const std::string ranges = lead_ranges(name);
+    if (!ranges.empty()) {
+        return bytes.size() == 2 && is_lead(ranges, bytes[0]) && bytes[1] != '\0';
+    }
+    std::mbstate_t state{};
+    return MB_CUR_MAX > 1 && std::mbrlen(bytes.data(), bytes.size(), &state) == bytes.size();
+}
+
+/// The length of the character at the place, by trying every length.
+inline std::size_t length_at(const std::string& name, const std::string& text, std::size_t at) {
+    std::size_t length = static_cast<unsigned char>(text[at]) < 0x80 ? 1 : 4;
+    while (length > 1 &&
+           (at + length > text.size() || !is_character(name, text.substr(at, length)))) {
+        --length;
+    }
+    return length;
+}
+inline std::size_t length_at(const std::string&, const std::u16string&, std::size_t) {
+    return 1;
+}
+
+/// The characters of the text, NUL one of them.
+template <class Unit>
+Characters<Unit> split(const std::basic_string<Unit>& text) {
+    const std::string name = codeset();
+    Characters<Unit> characters;
+    for (std::size_t at = 0; at < text.size(); at += characters.back().size()) {
+        characters.push_back(text.substr(at, length_at(name, text, at)));
+    }
+    return characters;
+}
+
+template <class Unit>
+std::basic_string<Unit> join(const Characters<Unit>& characters) {
+    std::basic_string<Unit> text;
+    for (const auto& character : characters) {
+        text += character;
+    }
+    return text;
+}
+
+template <class String>
+String until_nul(const String& text) {
+    return text.c_str();
+}
+
+/// Where the text occurs at the beginning of a character at or behind the place and in front of the
+/// next NUL.
+template <class Unit>
+std::size_t find(const std::basic_string<Unit>& text, const std::basic_string<Unit>& wanted,
+                 std::size_t at = 0) {
+    const std::string name = codeset();
+    while (at < text.size() && text[at] != 0 && text.compare(at, wanted.size(), wanted) != 0) {
+        at += length_at(name, text, at);
+    }
+    return text.compare(at, wanted.size(), wanted) == 0 ? at : text.npos;
+}
+
+/// A class or a fold of wide characters and of bytes.
+struct Letters {
+    wint_t (*wide)(wint_t);
+    int (*byte)(int);
+};
+inline constexpr Letters kUpper = {std::towupper, std::toupper};
+inline constexpr Letters kLower = {std::towlower, std::tolower};
+
+inline std::string fold_one(const std::string& character, Letters fold) {
+    if (character.size() == 1) {
+        const auto value = static_cast<unsigned char>(character[0]);
+        const bool isFolded = value < 0x80 || (MB_CUR_MAX == 1 && codeset() != "UTF-8");
+        return std::string(1, static_cast<char>(isFolded ? fold.byte(value) : value));
+    }
+    wchar_t value;
+    std::mbstate_t state{};
+    char bytes[MB_LEN_MAX];
+    if (std::mbrtowc(&value, character.data(), character.size(), &state) != character.size()) {
+        return character;
+    }
+    const auto folded = static_cast<wchar_t>(fold.wide(static_cast<wint_t>(value)));
+    const bool fits = std::wcrtomb(bytes, folded, &state) == character.size();
+    return fits ? std::string(bytes, character.size()) : character;
+}
+
+inline std::u16string fold_one(const std::u16string& unit, Letters fold) {
+    const wint_t folded = fold.wide(unit[0]);
+    return folded < 0x10000 ? std::u16string(1, static_cast<char16_t>(folded)) : unit;
+}
+
+/// The whole text folded, character by character.
+template <class Unit>
+std::basic_string<Unit> folded(const std::basic_string<Unit>& text, Letters fold) {
+    auto characters = split(text);
+    for (auto& character : characters) {
+        character = fold_one(character, fold);
+    }
+    return join(characters);
+}
+
+/// -1, 0 or 1.
+inline int sign(int n) {
+    return (n > 0) - (n < 0);
+}
+
+/// The numbers of the characters, the first byte the highest.
+template <class Unit>
+std::vector<std::uint32_t> codes(const std::basic_string<Unit>& text) {
+    std::vector<std::uint32_t> result;
+    for (const auto& character : split(text)) {
+        result.push_back(0);
+        for (const Unit unit : character) {
+            result.back() = result.back() << 8 | static_cast<std::make_unsigned_t<Unit>>(unit);
+        }
+    }
+    return result;
+}
+
+template <class Unit>
+int order(const std::basic_string<Unit>& left, const std::basic_string<Unit>& right) {
+    const auto l = codes(left);
+    const auto r = codes(right);
+    return (l > r) - (l < r);
+}
+
+/// The number of hits, which do not overlap. Every NUL ends a piece that is searched by itself.
+template <class String>
+int replace_all(String& text, const String& from, const String& to) {
+    String result;
+    int nHits = 0;
+    for (std::size_t at = 0; at < text.size() && !from.empty();) {
+        const std::size_t nHit = find(text, from, at);
+        const std::size_t nEnd =
+            nHit == String::npos ? text.find(typename String::value_type(), at) : nHit;
+        result.append(text, at, nEnd - at);
+        at = std::min(nEnd, text.size());
+        if (nHit != String::npos) {
+            result += to;
+            at += from.size();
+            ++nHits;
+        } else if (at < text.size()) {
+            result += text[at++];
+        }
+    }
+    text = from.empty() ? text : result;
+    return nHits;
+}
+
+/// The length of the longest common subsequence.
+inline int common_length(const std::string& a, const std::string& b) {
+    std::vector<int> previous(a.size() + 1), next(a.size() + 1);
+    for (const char byte : b) {
+        for (std::size_t j = 1; j <= a.size(); ++j) {
+            next[j] = a[j - 1] == byte ? previous[j - 1] + 1 : std::max(previous[j], next[j - 1]);
+        }
+        previous.swap(next);
+    }
+    return previous.back();
+}
+
+/// What reading numbers sees of a text. Beyond ASCII nothing but white space matters to it.
+inline std::string numeric(const std::string& text) {
+    return until_nul(text);
+}
+inline std::string numeric(const std::u16string& text) {
+    std::string result;
+    for (const char16_t unit : until_nul(text)) {
+        result += unit < 0x80 ? static_cast<char>(unit) : std::iswspace(unit) != 0 ? ' ' : '?';
+    }
+    return result;
+}
+
+inline long long clamped(long long value) {
+    return std::clamp<long long>(value, INT32_MIN, INT32_MAX);
+}
+inline long long whole(long long value) {
+    return value;
+}
+
+/// The decimal number at the start; where that is 0, the hexadecimal one.
+inline long long integer(const std::string& text, long long (*reduce)(long long)) {
+    const long long decimal = reduce(std::strtoll(text.c_str(), nullptr, 10));
+    return decimal != 0 ? decimal : reduce(std::strtoll(text.c_str(), nullptr, 16));
+}
+
+/// The C library reads hexadecimal and words as well: it is not shown their letters.
+inline double real(const std::string& text) {
+    return std::strtod(text.substr(0, text.find_first_of("xXiInN")).c_str(), nullptr);
+}
+
+/// One conversion of the C library, of each text on its own.
+class Iconv {
+public:
+    Iconv(const char* to, const char* from) : handle_(iconv_open(to, from)) {}
+    ~Iconv() { iconv_close(handle_); }
+    Iconv(const Iconv&) = delete;
+    Iconv& operator=(const Iconv&) = delete;
+
+    /// 0 or the error of converting all of it.
+    int Convert(std::string_view from, std::string& to) {
+        char* in = const_cast<char*>(from.data());
+        std::size_t inLeft = from.size();
+        to.assign(4 * from.size() + 16, '\0');
+        char* out = to.data();
+        std::size_t room = to.size();
+        iconv(handle_, nullptr, nullptr, nullptr, nullptr);
+        const bool failed = iconv(handle_, &in, &inLeft, &out, &room) == std::size_t(-1) ||
+                            iconv(handle_, nullptr, nullptr, &out, &room) == std::size_t(-1);
+        const int error = failed ? errno : 0;
+        to.resize(to.size() - room);
+        return error;
+    }
+
+private:
+    iconv_t handle_;
+};
+
+inline std::u16string units(const std::string& bytes) {
+    std::u16string text(bytes.size() / 2, u'\0');
+    std::memcpy(text.data(), bytes.data(), 2 * text.size());
+    return text;
+}
+
+inline std::string bytes_of(const std::u16string& text) {
+    return {reinterpret_cast<const char*>(text.data()), 2 * text.size()};
+}
+
+inline void append_code(std::u16string& text, char32_t code) {
+    if (code >= 0x10000) {
+        text += static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10));
+        code = 0xDC00 + ((code - 0x10000) & 0x3FF);
+    }
+    text += static_cast<char16_t>(code);
+}
+
+struct Utf8Form {
+    unsigned char first[2];
+    std::vector<std::pair<int, int>> others;
+};
+
+inline const Utf8Form kUtf8Forms[] = {
+    {{0x00, 0x7F}, {}},
+    {{0xC2, 0xDF}, {{0x80, 0xBF}}},
+    {{0xE0, 0xE0}, {{0xA0, 0xBF}, {0x80, 0xBF}}},
+    {{0xE1, 0xEC}, {{0x80, 0xBF}, {0x80, 0xBF}}},
+    {{0xED, 0xED}, {{0x80, 0x9F}, {0x80, 0xBF}}},
+    {{0xEE, 0xEF}, {{0x80, 0xBF}, {0x80, 0xBF}}},
+    {{0xF0, 0xF0}, {{0x90, 0xBF}, {0x80, 0xBF}, {0x80, 0xBF}}},
+    {{0xF1, 0xF3}, {{0x80, 0xBF}, {0x80, 0xBF}, {0x80, 0xBF}}},
+    {{0xF4, 0xF4}, {{0x80, 0x8F}, {0x80, 0xBF}, {0x80, 0xBF}}},
+};
+
+/// One U+FFFD for each longest beginning of a character.
+inline std::u16string decode_utf8(std::string_view bytes) {
+    std::u16string text;
+    for (std::size_t i = 0; i < bytes.size();) {
+        const auto lead = static_cast<unsigned char>(bytes[i++]);
+        const Utf8Form* form = std::find_if(
+            std::begin(kUtf8Forms), std::end(kUtf8Forms),
+            [&](const Utf8Form& f) { return lead >= f.first[0] && lead <= f.first[1]; });
+        if (form == std::end(kUtf8Forms)) {
+            text += u'\xFFFD';
+            continue;
+        }
+        const std::size_t more = form->others.size();
+        char32_t code = more == 0 ? lead : lead & (0x3Fu >> more);
+        std::size_t matched = 0;
+        for (; matched < more && i < bytes.size(); ++matched, ++i) {
+            const auto byte = static_cast<unsigned char>(bytes[i]);
+            if (byte < form->others[matched].first || byte > form->others[matched].second) {
+                break;
+            }
+            code = code * 64 + (byte - 0x80u);
+        }
+        append_code(text, matched == more ? code : 0xFFFD);
+    }
+    return text;
+}
+
+/// The text as code points; of half a pair the half.
+inline std::u32string code_points(std::u16string_view text) {
+    std::u32string codes;
+    for (const char16_t unit : text) {
+        const bool pairs = (unit & 0xFC00) == 0xDC00 && !codes.empty() && codes.back() < 0x10000 &&
+                           (codes.back() & 0xFC00) == 0xD800;
+        if (pairs) {
+            codes.back() = 0x10000 + (codes.back() - 0xD800) * 0x400 + (unit - 0xDC00u);
+        } else {
+            codes += unit;
+        }
+    }
+    return codes;
+}
+
+inline std::string encode_utf8(std::u16string_view text) {
+    std::string bytes;
+    for (char32_t code : code_points(text)) {
+        code = code / 0x800 == 0xD800 / 0x800 ? 0xFFFD : code;
+        const int more = code < 0x80 ? 0 : code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
+        const unsigned int marks[] = {0, 0xC0, 0xE0, 0xF0};
+        bytes += static_cast<char>(marks[more] | code >> 6 * more);
+        for (int k = more - 1; k >= 0; --k) {
+            bytes += static_cast<char>(0x80 | (code >> 6 * k & 0x3F));
+        }
+    }
+    return bytes;
+}
+
+/// The shortest prefix that is a character; else the bytes that began one and the next, up to the
+/// first ASCII byte, are one U+FFFD. `beside` says what stands in front of the converter's answer:
+/// it gives a unit and its number of bytes, or a 0.
+template <class IsLead, class Beside>
+std::u16string decode(Iconv& iconv, IsLead isLead, Beside beside, std::string_view bytes) {
+    std::u16string text;
+    while (!bytes.empty()) {
+        std::string result;
+        std::size_t length = 0;
+        int error = EINVAL;
+        while (error == EINVAL && length < bytes.size()) {
+            error = iconv.Convert(bytes.substr(0, ++length), result);
+        }
+        const std::pair<char16_t, std::size_t> own = beside(bytes, error != 0);
+        if (own.first != 0) {
+            length = own.second;
+        } else if (error != 0) {
+            length = isLead(bytes[0]) ? std::min<std::size_t>(2, bytes.size()) : length;
+            const auto* ascii = std::find_if(bytes.begin() + 1, bytes.begin() + length,
+                                             [](char c) { return (c & 0x80) == 0; });
+            length = static_cast<std::size_t>(ascii - bytes.begin());
+        }
+        text += own.first != 0 ? std::u16string(1, own.first)
+                : error == 0   ? units(result)
+                               : u"\xFFFD";
+        bytes.remove_prefix(length);
+    }
+    return text;
+}
+
+/// Code point by code point, a question mark for what is not there.
+inline std::string encode(Iconv& iconv, std::u16string_view text) {
+    std::string bytes;
+    for (const char32_t code : code_points(text)) {
+        std::u16string one;
+        append_code(one, code);
+        std::string result;
+        bytes += iconv.Convert(bytes_of(one), result) == 0 ? result : "?";
+    }
+    return bytes;
+}
+
+}  // namespace oracle

@@ -1,0 +1,26 @@
+// Whole random programs on both classes, held against the model after each step.
+
+#include "program.h"
+
+#include <random>
+
+#include "twins.h"
+
+namespace {
+
+std::vector<unsigned char> random_bytes(unsigned seed, std::size_t nBytes) {
+    std::mt19937 random(seed);
+    std::vector<unsigned char> bytes(nBytes);
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<unsigned char>(random()); });
+    return bytes;
+}
+
+}  // namespace
+
+TEST(Programs, DoWhatTheModelDoes) {
+    for (unsigned seed = 0; seed < 16000; ++seed) {
+        const auto bytes = random_bytes(seed, 2000);
+        ASSERT_EQ(programs::run(bytes.data(), bytes.size()), "") << "seed " << seed;
+    }
+    std::setlocale(LC_ALL, "C");
+}
