@@ -358,9 +358,8 @@ public:
         return result;
     }
     void FormatMsg(std::uint32_t nError, const Unit*, int n) {
-        char code[40];
-        std::snprintf(code, sizeof code, "%d (0x%x)", static_cast<int>(nError), nError);
         const int nCode = static_cast<int>(nError);
+        const std::string code = oracle::printed("%d (0x%x)", nCode, nCode);
         const std::string system = strerrordesc_np(nCode) ? std::strerror(nCode) : "";
         GetBuffer(2048);
         Write(std::to_string(n) + " <Error Code=" + code + ">, " + system);
@@ -394,11 +393,7 @@ public:
     static Model From(Number value) {
         return Made(Widened(std::to_string(value)), 32);
     }
-    static Model From(double value) {
-        char text[64];
-        std::snprintf(text, sizeof text, "%g", value);
-        return Made(Widened(text), 128);
-    }
+    static Model From(double value) { return Made(Widened(oracle::printed("%g", value)), 128); }
 
     bool IsDigit() const { return All(std::isdigit); }
     bool IsDigit(int n) const { return Is(n, std::isdigit); }
@@ -682,9 +677,7 @@ private:
                             : Print(nAt, Widened(std::to_string(n)), 32);
     }
     void PrintOne(int nAt, const Unit*, double d) {
-        char text[1000];
-        std::snprintf(text, sizeof text, "%400f", d);
-        Print(nAt, Widened(text), 312);
+        Print(nAt, Widened(oracle::printed("%400f", d)), 312);
     }
     void PrintOne(int nAt, const Unit*, const Unit* pch) {
         Print(nAt, pch, std::max<std::size_t>(1, String(pch).size()));

@@ -7,6 +7,7 @@
 #include <cctype>
 #include <climits>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
@@ -253,6 +254,16 @@ inline long long integer(const std::string& text, long long (*reduce)(long long)
 /// The C library reads hexadecimal and words as well: it is not shown their letters.
 inline double real(const std::string& text) {
     return std::strtod(text.substr(0, text.find_first_of("xXiInN")).c_str(), nullptr);
+}
+
+/// What the C library prints.
+template <class... Values>
+std::string printed(const char* format, Values... values) {
+    const auto size = static_cast<std::size_t>(std::snprintf(nullptr, 0, format, values...)) + 1;
+    std::string text(size, '\0');
+    std::snprintf(text.data(), size, format, values...);
+    text.pop_back();
+    return text;
 }
 
 /// One conversion of the C library, of each text on its own.

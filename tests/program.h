@@ -1,9 +1,11 @@
 #pragma once
 
+#include <exception>
 #include <iterator>
 #include <sstream>
 #include <string>
 
+#include "input.h"
 #include "operations.h"
 
 /// Programs of random operations that run on a class and on its model, read from bytes.
@@ -28,18 +30,6 @@ inline const Setting kSettings[] = {
     {"zh_CN.GB18030", "\x81\x30\xA3\xC1\xE1", u"\uFF41\uFF21\u4E00"},
 };
 inline constexpr char kAscii[] = "aAzZkx{`[@_ \t\t\n,,;.0179-+fe'#\x01\x7F\0";
-
-class Input {
-public:
-    Input(const unsigned char* data, std::size_t size) : at_(data), end_(data + size) {}
-    bool IsEmpty() const { return at_ == end_; }
-    unsigned Byte() { return at_ == end_ ? 0 : *at_++; }
-    unsigned Below(std::size_t limit) { return Byte() % static_cast<unsigned>(limit); }
-
-private:
-    const unsigned char* at_;
-    const unsigned char* end_;
-};
 
 template <class Unit>
 std::string quoted(const std::basic_string<Unit>& text) {
@@ -193,7 +183,11 @@ private:
         }
         operations::RealStep<Text> actual{arguments, real_[nTarget], real_[nOther], real_[nResult],
                                           narrow_};
-        row.run(actual);
+        try {
+            row.run(actual);
+        } catch (const std::exception& exception) {
+            Expect("", "thrown", std::string(exception.what()), std::string());
+        }
         Expect("", "result", actual.result, expected.result);
         Expect("", "narrow text", quoted(whole(narrow_)), quoted(narrowModel_.Whole()));
         Compare();

@@ -1,9 +1,12 @@
-// Whole random programs on both classes, held against the model after each step.
+// Whole random programs on both classes, held against the model after each step, and random calls
+// of the print, held against the C library.
 
 #include "program.h"
 
 #include <random>
 
+#include "calls.h"
+#include "locales.h"
 #include "twins.h"
 
 namespace {
@@ -23,4 +26,14 @@ TEST(Programs, DoWhatTheModelDoes) {
         ASSERT_EQ(programs::run(bytes.data(), bytes.size()), "") << "seed " << seed;
     }
     std::setlocale(LC_ALL, "C");
+}
+
+TEST(Calls, PrintAsTheCLibraryDoes) {
+    for (const char* name : {"C", "de_DE.UTF-8"}) {
+        const LocaleScope locale(name);
+        for (unsigned seed = 0; seed < 100000; ++seed) {
+            const auto bytes = random_bytes(seed, 60);
+            ASSERT_EQ(calls::check(bytes.data(), bytes.size()), "") << name << " seed " << seed;
+        }
+    }
 }

@@ -64,13 +64,4 @@ std::basic_string<Unit> call_bounded(int capacity, const Unit* format, ...) {
     return room;
 }
 
-template <class... Values>
-std::string expected(const char* format, Values... values) {
-    const int length = std::snprintf(nullptr, 0, format, values...);
-    std::string text(static_cast<std::size_t>(length) + 1, '#');
-    std::snprintf(text.data(), text.size(), format, values...);
-    text.pop_back();
-    return text;
-}
-
 }  // namespace printing
