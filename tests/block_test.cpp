@@ -44,7 +44,8 @@ TYPED_TEST(Block, CopiesAreMadeAndDestroyedByName) {
     for (const char* kind : {"1", "2"}) {
         void* copy = dlsym(library, ("_ZN" + name + "C" + kind + "ERKS_").c_str());
         void* destroy = dlsym(library, ("_ZN" + name + "D" + kind + "Ev").c_str());
-        ASSERT_TRUE(copy != nullptr && destroy != nullptr) << kind;
+        ASSERT_NE(copy, nullptr) << kind;
+        ASSERT_NE(destroy, nullptr) << kind;
         const Open<TypeParam> text(T_("abc"));
         alignas(TypeParam) unsigned char place[sizeof(TypeParam)];
         reinterpret_cast<void (*)(void*, const TypeParam&)>(copy)(place, text);

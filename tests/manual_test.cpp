@@ -12,14 +12,16 @@ TEST(Manual, AText) {
     EXPECT_STREQ(name, "Ada");
     WString wide(name);
     Kelm back = wide.ToKelm();
-    EXPECT_TRUE(wide == u"Ada" && back == name);
+    EXPECT_TRUE(wide == u"Ada");
+    EXPECT_EQ(back, name);
 }
 
 TEST(Manual, Sharing) {
     Kelm a("text"), b(a);
     EXPECT_EQ(a.constBuffer(), b.constBuffer());
     b.Append('!');
-    EXPECT_TRUE(a == "text" && b == "text!");
+    EXPECT_STREQ(a, "text");
+    EXPECT_STREQ(b, "text!");
 }
 
 TEST(Manual, LengthAndCapacity) {

@@ -42,7 +42,8 @@ TYPED_TEST(Threads, ShareCopyWriteAndDestroy) {
             other.MakeUpper();
             copy = shared[n];
             copy.Empty();
-            EXPECT_TRUE(shared[n] == T_("Xhe text t+") && other == T_("THE TEXT T"));
+            EXPECT_EQ(whole(shared[n]), T_("Xhe text t+"));
+            EXPECT_EQ(whole(other), T_("THE TEXT T"));
             shared[n].Release();
         });
     }

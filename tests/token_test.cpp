@@ -29,7 +29,8 @@ std::vector<std::string> walk(const Kelm& text, By by) {
     Kelm::Token token(text, by == By::WordNoPunctuation);
     if (!token) {
         EXPECT_FALSE(step(token, by));
-        EXPECT_TRUE(!token.IsValid() && token.Current().IsEmpty());
+        EXPECT_FALSE(token.IsValid());
+        EXPECT_TRUE(token.Current().IsEmpty());
         return tokens;
     }
     do {
@@ -102,7 +103,10 @@ TEST(Token, EndsAtTheFirstNulAndStartsAgain) {
     text = "new text";
     token.Restart();
     const Kelm converted = token;
-    EXPECT_TRUE(converted == "new" && token() == "new");
+    EXPECT_STREQ(converted, "new");
+    EXPECT_STREQ(token(), "new");
     token.Clear();
-    EXPECT_TRUE(token && !token.IsValid() && token.Current().IsEmpty());
+    EXPECT_TRUE(token);
+    EXPECT_FALSE(token.IsValid());
+    EXPECT_TRUE(token.Current().IsEmpty());
 }

@@ -49,7 +49,8 @@ TEST(MultibyteTest, ErrnoStays) {
 TEST(MultibyteTest, Values) {
     EXPECT_TRUE(platform::_ismbcspace('\v'));
     EXPECT_FALSE(platform::_ismbcspace(0x100 + ' '));
-    EXPECT_TRUE(platform::_ismbcdigit('0') && platform::_ismbcdigit('9'));
+    EXPECT_TRUE(platform::_ismbcdigit('0'));
+    EXPECT_TRUE(platform::_ismbcdigit('9'));
     EXPECT_FALSE(platform::_ismbcdigit('0' - 1) || platform::_ismbcdigit('9' + 1));
     EXPECT_EQ(platform::_mbsnbcmp("I64d", "I64", 3), 0);
     EXPECT_NE(platform::_mbsnbcmp("I6", "I64", 3), 0);
