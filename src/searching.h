@@ -11,17 +11,28 @@
 /// there may be any amount of text. So the text is searched in stretches, each twice as long as all
 /// before it, and before the next one the first quarter of what has been searched is looked through
 /// for the NUL. A hit has to have none in front of it. A search costs a small multiple of what lies
-/// in front of its end, and the look for the NUL a quarter of a pass at most.
+/// in front of its end, and the look for the NUL a quarter of a pass at most. Where the NUL is
+/// near, as in a list of short entries, one glance ahead finds it.
 namespace searching {
 
 /// Shorter texts are searched at once.
 inline constexpr std::ptrdiff_t kFirstStretch = 1024;
+
+/// So much of the others is looked through for the NUL first.
+inline constexpr std::ptrdiff_t kGlance = 64;
 
 /// Looks for the first NUL of a text, as far as is asked for.
 template <class Unit>
 class NulWatch {
 public:
     explicit NulWatch(const Unit* first) : first_(first), clear_(first) {}
+
+    /// The first NUL, if it is among so many units, or null.
+    const Unit* Near(std::ptrdiff_t units) {
+        const Unit* nul = platform::find_unit(first_, first_ + units, Unit{});
+        clear_ = nul;
+        return nul != first_ + units ? nul : nullptr;
+    }
 
     /// Whether there is none in front of `p`.
     bool IsClear(const Unit* p) {
@@ -50,8 +61,11 @@ const Unit* find_before_nul(const Unit* first, const Unit* last, std::size_t siz
         const Unit* hit = find(first, last);
         return hit != nullptr && platform::find_unit(first, hit, Unit{}) == hit ? hit : nullptr;
     }
-    constexpr std::ptrdiff_t kMostUnits = 4;  // of a character
     NulWatch<Unit> watch(first);
+    if (const Unit* end = watch.Near(kGlance)) {
+        return find(first, end);
+    }
+    constexpr std::ptrdiff_t kMostUnits = 4;  // of a character
     const auto overlap = static_cast<std::ptrdiff_t>(std::max<std::size_t>(size, 1)) - 1;
     const Unit* from = first;
     for (std::ptrdiff_t stretch = std::max(kFirstStretch, 4 * overlap);; stretch *= 2) {
