@@ -8,6 +8,7 @@
 #include "lanes/ascii_runs.h"
 #include "lanes/vectors.h"
 #include "multibyte/fold.h"
+#include "search/folded_search.h"
 
 namespace platform {
 namespace {
@@ -222,6 +223,18 @@ void _mbsrev(const CodePage& page, char* text) noexcept {
     reverse_bytes(text, last);
     reverse_within_characters(page, text, last);
     reverse_bytes(text, last);
+}
+
+const char* find_folded(const CodePage& page, const char* first, const char* last,
+                        const char* upper, std::size_t count) noexcept {
+    if (count == 0 || static_cast<std::size_t>(last - first) < count) {
+        return count == 0 ? first : nullptr;
+    }
+    const Fold fold = Fold::Upper();
+    const bool isUsual =
+        fold.IsUsualForAscii() && (page.grouping == Grouping::Utf8 || !fold.ReachesAscii());
+    return find_folded(
+        first, last, upper, count, [fold](char byte) { return fold.Byte(byte); }, isUsual);
 }
 
 }  // namespace platform

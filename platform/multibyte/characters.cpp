@@ -9,9 +9,10 @@
 #include <cstdint>
 #include <cstring>
 
+#include "lanes/byte_ranges.h"
 #include "pages/utf8_walk.h"
+#include "search/member_scan.h"
 #include "search/scan.h"
-#include "search/text_search.h"
 
 namespace platform {
 namespace {

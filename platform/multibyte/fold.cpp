@@ -19,8 +19,8 @@ constexpr std::array<std::int32_t, kCount> usual_fold(char firstLetter) {
     std::array<std::int32_t, kCount> folded{};
     for (std::size_t i = 0; i < kCount; ++i) {
         const std::size_t byte = kFirst + i;
-        const bool isLetter = byte - static_cast<std::size_t>(firstLetter) < 26;
-        folded[i] = static_cast<std::int32_t>(isLetter ? byte ^ 0x20 : byte);
+        const bool isLetter = is_letter(static_cast<char>(byte), firstLetter);
+        folded[i] = static_cast<std::int32_t>(isLetter ? byte ^ kCaseBit : byte);
     }
     return folded;
 }

@@ -6,7 +6,7 @@
 #include <ctype.h>
 #include <wctype.h>
 
-#include "lanes/vectors.h"
+#include "lanes/letters.h"
 #include "multibyte/characters.h"
 #include "pages/code_pages.h"
 #include "pages/utf8_walk.h"
@@ -36,21 +36,16 @@ public:
 
     /// What `Byte` does where the fold is the usual one; bytes from 0x80 up stay.
     Lanes<char>::Vector Ascii(Lanes<char>::Vector bytes) const noexcept {
-        using Bytes = Lanes<char>::Vector;
-        const auto isLetter = reinterpret_cast<Bytes>((bytes - firstLetter_) < kLetters);
-        return bytes ^ (isLetter & kCaseBit);
+        return turn_letters(bytes, firstLetter_);
     }
 
 private:
-    static constexpr unsigned char kLetters = 26;
-    static constexpr unsigned char kCaseBit = 0x20;
-
-    Fold(const std::int32_t* bytes, wint_t (*wide)(wint_t), unsigned char firstLetter)
+    Fold(const std::int32_t* bytes, wint_t (*wide)(wint_t), char firstLetter)
         : bytes_(bytes), wide_(wide), firstLetter_(firstLetter) {}
 
     const std::int32_t* bytes_;
     wint_t (*wide_)(wint_t);
-    unsigned char firstLetter_;
+    char firstLetter_;
 };
 
 /// Bytes of the character at `p` in a page of more than one byte a character; 1 at a NUL.

@@ -42,24 +42,21 @@ public:
     }
 
     // In which bit letters of the same fold differ; none where the fold is not the usual one.
-    Bytes CaseBit() const { return splat_lanes(fold_.IsUsualForAscii() ? kCaseBit : '\0'); }
+    Bytes CaseBit() const { return splat_lanes(fold_.IsUsualForAscii() ? char{kCaseBit} : '\0'); }
 
     // Not all that folds to the same, but nearly all.
     Bytes Alike(std::size_t at, Bytes caseBit) const {
         const Bytes bytes = load_lanes(left + at);
         const Bytes difference = bytes ^ load_lanes(right + at);
-        const auto isLetter = reinterpret_cast<Bytes>((bytes | caseBit) - 'a' < kLetters);
         return reinterpret_cast<Bytes>(difference == 0) |
-               (reinterpret_cast<Bytes>(difference == caseBit) & isLetter);
+               (reinterpret_cast<Bytes>(difference == caseBit) &
+                letter_lanes(bytes | caseBit, 'a'));
     }
 
     const char* left;
     const char* right;
 
 private:
-    static constexpr char kCaseBit = 0x20;
-    static constexpr unsigned char kLetters = 26;
-
     const Fold& fold_;
 };
 

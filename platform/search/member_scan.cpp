@@ -1,10 +1,16 @@
+// Bytes are looked up in the table one by one as long as that may be all there is to do: a member
+// is mostly near. Then the table is taken apart into single bytes and ranges, with which 64 bytes
+// at a time are compared; a table of too many pieces is looked up to the end. The row find_one_of
+// chose the lengths.
+
+#include "search/member_scan.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 
 #include "lanes/byte_ranges.h"
 #include "lanes/vectors.h"
-#include "search/scan.h"
 
 namespace platform {
 namespace {

@@ -1,53 +1,55 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 
-#include "search/two_way.h"
+#include "search/adaptive_search.h"
 
+/// Texts inside others, for `char` and `char16_t`, unit by unit. NUL is a unit like any other, and
+/// nothing outside [first, last) is read.
 namespace platform {
 
-/// The places of a text inside another, for `char` and `char16_t`. Fast on ordinary text; on text
-/// made to mislead it, still linear for all places together.
+/// First occurrence of the `count` units at `text`, or null. An empty text is found at `first`.
 template <class Unit>
-class TextSearch {
+const Unit* find_text(const Unit* first, const Unit* last, const Unit* text,
+                      std::size_t count) noexcept;
+
+/// Occurrences that do not overlap, from left to right; 0 for an empty text.
+template <class Unit>
+std::size_t count_text(const Unit* first, const Unit* last, const Unit* text,
+                       std::size_t count) noexcept;
+
+/// What fits where units must be equal.
+template <class Unit>
+struct ExactMatcher {
+    class Test {
+    public:
+        explicit Test(Unit unit) : unit_(splat_lanes(unit)) {}
+        auto operator()(const Unit* p) const { return lanes_equal(p, unit_); }
+
+    private:
+        typename Lanes<Unit>::Vector unit_;
+    };
+
+    static unsigned Rank(Unit unit) { return commonness(unit); }
+    static bool CanProbe() { return true; }
+    static Unit At(const Unit* p) { return *p; }
+    bool Matches(const Unit* place, std::size_t& spent) const;
+
+    const Unit* pattern;
+    std::size_t count;
+};
+
+extern template class AdaptiveSearch<char, ExactMatcher<char>>;
+extern template class AdaptiveSearch<char16_t, ExactMatcher<char16_t>>;
+
+/// The places of a text, one after the other; what lies in front of the last one given may have
+/// changed meanwhile.
+template <class Unit>
+class TextSearch : public AdaptiveSearch<Unit, ExactMatcher<Unit>> {
 public:
     /// Looks for the `count` units at `text`, at least 1, in [first, last). Both stay the caller's.
-    TextSearch(const Unit* first, const Unit* last, const Unit* text, std::size_t count) noexcept;
-
-    /// The next place, which may overlap the one before; null when there is none left.
-    const Unit* Next() noexcept;
-
-    /// The next place that does not overlap the one that this gave before.
-    const Unit* NextApart() noexcept;
-
-    /// Leaves out the places in front of `place`, which is not behind the end.
-    void SkipTo(const Unit* place) noexcept;
-
-private:
-    enum class Way : unsigned char { TwoUnits, OneUnit, Linear };
-
-    const Unit* NextByUnits();
-    const Unit* NextInRest();
-    const Unit* Match(std::uint64_t hits, const Unit* block);
-    bool Matches(const Unit* place);
-    void TurnLinear();
-    const Unit* NextLinear();
-
-    const Unit* first_;
-    const Unit* next_;  // first place not looked at
-    const Unit* end_;   // behind the last place where the text has room
-    const Unit* text_;
-    std::size_t count_;
-    std::size_t firstUnit_;
-    std::size_t secondUnit_;
-    std::size_t spent_ = 0;  // units compared so far
-    Way way_;
-    std::ptrdiff_t met_ = 0;  // blocks with the first unit
-
-    // Of the linear way.
-    CriticalCut cut_{};
-    std::size_t known_ = 0;  // units at `next_` known to fit
+    TextSearch(const Unit* first, const Unit* last, const Unit* text, std::size_t count) noexcept
+        : AdaptiveSearch<Unit, ExactMatcher<Unit>>(first, last, text, count) {}
 };
 
 }  // namespace platform

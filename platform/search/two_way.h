@@ -4,7 +4,10 @@
 #include <cstddef>
 #include <utility>
 
-/// Search of a text that is computed unit by unit, in linear time and without memory of its own.
+/// What the two-way search of Crochemore and Perrin knows of a pattern. It finds a pattern in
+/// linear time and without memory of its own: the right part is compared first, from the left, then
+/// the left part. A difference in the right part allows a step up to it, one in the left part a
+/// step by the period, since the cut is chosen so that nothing shorter can fit.
 namespace platform {
 
 /// Where a pattern is cut for the search, and the step that may be taken after its right part has
@@ -53,35 +56,6 @@ CriticalCut cut_pattern(const Unit* pattern, std::size_t count) {
         return {right, period, count - period};
     }
     return {right, std::max(right, count - right) + 1, 0};
-}
-
-/// Position of the first occurrence of the pattern in the `length` units that `text(position)`
-/// gives, or `length`. The pattern is not empty.
-template <class Unit, class Text>
-std::size_t find_two_way(const Unit* pattern, std::size_t count, std::size_t length, Text text) {
-    const CriticalCut cut = cut_pattern(pattern, count);
-    std::size_t remembered = 0;
-    for (std::size_t at = 0; count <= length && at <= length - count;) {
-        std::size_t i = std::max(cut.right, remembered);
-        while (i < count && pattern[i] == text(at + i)) {
-            ++i;
-        }
-        if (i < count) {
-            at += i - cut.right + 1;
-            remembered = 0;
-            continue;
-        }
-        i = cut.right;
-        while (i > remembered && pattern[i - 1] == text(at + i - 1)) {
-            --i;
-        }
-        if (i <= remembered) {
-            return at;
-        }
-        at += cut.period;
-        remembered = cut.remembered;
-    }
-    return length;
 }
 
 }  // namespace platform

@@ -5,8 +5,9 @@
 #include <optional>
 
 #include "lanes/compaction.h"
+#include "lanes/letters.h"
 #include "lanes/page_loads.h"
-#include "search/two_way.h"
+#include "search/folded_search.h"
 #include "wide/wide.h"
 
 namespace platform {
@@ -15,8 +16,6 @@ namespace {
 using Units = Lanes<char16_t>::Vector;
 constexpr std::ptrdiff_t kLanes = Lanes<char16_t>::kCount;
 constexpr char16_t kFirstNonAscii = 0x80;
-constexpr char16_t kCaseBit = 0x20;
-constexpr char16_t kLetters = 26;
 
 // What the locale says of units, for a walk over many of them: the C library is slow to answer, so
 // a unit that comes again is not asked for again.
@@ -50,10 +49,6 @@ private:
 using Folds = Answers<char16_t>;
 using Membership = Answers<bool>;
 
-Units letter_lanes(Units units, char16_t firstLetter) {
-    return reinterpret_cast<Units>(units - splat_lanes(firstLetter) < splat_lanes(kLetters));
-}
-
 // One direction of case, for a walk over many units.
 class Folder {
 public:
@@ -66,8 +61,7 @@ public:
 
     char16_t operator()(char16_t unit) {
         if (isUsual_ && unit < kFirstNonAscii) {
-            const bool isLetter = static_cast<char16_t>(unit - firstLetter_) < kLetters;
-            return static_cast<char16_t>(isLetter ? unit ^ kCaseBit : unit);
+            return static_cast<char16_t>(is_letter(unit, firstLetter_) ? unit ^ kCaseBit : unit);
         }
         if (!answers_) {
             answers_.emplace(fold_);
@@ -76,9 +70,7 @@ public:
     }
 
     // Folds the letters of ASCII and nothing else.
-    Units Ascii(Units units) const {
-        return units ^ (letter_lanes(units, firstLetter_) & splat_lanes(kCaseBit));
-    }
+    Units Ascii(Units units) const { return turn_letters(units, firstLetter_); }
 
 private:
     Folder(Folds::Ask fold, const std::int32_t* bytes, char16_t firstLetter)
@@ -193,92 +185,12 @@ char16_t* remove_members(char16_t* first, char16_t* last, Members members) {
     return keep_each<char16_t, Membership&>(first, last, first, answers);
 }
 
-// The lanes that may hold what folds to one unit: the unit, its lower-case partner, and everything
-// whose fold only the locale knows.
-class Anchor {
-public:
-    Anchor(char16_t upper, char16_t firstUnknown)
-        : upper_(splat_lanes(upper)),
-          lower_(splat_lanes(IsLetter(upper) ? static_cast<char16_t>(upper | kCaseBit) : upper)),
-          firstUnknown_(splat_lanes(firstUnknown)) {}
-
-    Units Candidates(const char16_t* p) const {
-        const Units units = load_lanes(p);
-        return reinterpret_cast<Units>(units == upper_) | reinterpret_cast<Units>(units == lower_) |
-               reinterpret_cast<Units>(units >= firstUnknown_);
-    }
-
-private:
-    static bool IsLetter(char16_t upper) { return upper >= u'A' && upper <= u'Z'; }
-
-    Units upper_;
-    Units lower_;
-    Units firstUnknown_;
-};
-
-class FoldedSearch {
-public:
-    FoldedSearch(const char16_t* first, const char16_t* last, const char16_t* upper,
-                 std::ptrdiff_t count)
-        : at_(first), last_(last), upper_(upper), count_(count), fold_(Folder::Upper()) {}
-
-    const char16_t* Run() {
-        const char16_t firstUnknown = fold_.IsUsualForAscii() ? kFirstNonAscii : u'\0';
-        const Anchor head(upper_[0], firstUnknown);
-        const Anchor tail(upper_[count_ - 1], firstUnknown);
-        for (; patience_ >= 0 && last_ - at_ >= count_ + kLanes - 1; at_ += kLanes) {
-            const Units candidates = head.Candidates(at_) & tail.Candidates(at_ + count_ - 1);
-            for (std::uint64_t bits = hit_bits(candidates); bits != 0;
-                 bits = without_first_hit<char16_t>(bits)) {
-                const std::ptrdiff_t lane = first_hit<char16_t>(bits);
-                if (IsMatch(at_ + lane)) {
-                    return at_ + lane;
-                }
-            }
-            patience_ += kLanes;
-        }
-        for (; patience_ >= 0 && last_ - at_ >= count_; ++at_) {
-            if (IsMatch(at_)) {
-                return at_;
-            }
-        }
-        return RunSteadily();
-    }
-
-private:
-    bool IsMatch(const char16_t* p) {
-        std::ptrdiff_t i = 0;
-        while (i < count_ && fold_(p[i]) == upper_[i]) {
-            ++i;
-        }
-        patience_ -= i;
-        return i == count_;
-    }
-
-    // Never looks at a unit more often than a few times, whatever the texts are.
-    const char16_t* RunSteadily() {
-        const auto length = static_cast<std::size_t>(last_ - at_);
-        const std::size_t found =
-            find_two_way(upper_, static_cast<std::size_t>(count_), length,
-                         [this](std::size_t position) { return fold_(at_[position]); });
-        return found != length ? at_ + found : nullptr;
-    }
-
-    const char16_t* at_;
-    const char16_t* last_;
-    const char16_t* upper_;
-    std::ptrdiff_t count_;
-    // Units that candidates may still fold in vain before the candidates are given up.
-    std::ptrdiff_t patience_ = 1024;
-    Folder fold_;
-};
-
 // Lanes of ones where the units are equal, or the two cases of one letter.
 Units alike_lanes(Units left, Units right, Units caseBit) {
     const Units difference = left ^ right;
     return reinterpret_cast<Units>(difference == 0) |
            (reinterpret_cast<Units>(difference == caseBit) &
-            letter_lanes(left | splat_lanes(kCaseBit), u'a'));
+            letter_lanes(left | splat_lanes<char16_t>(kCaseBit), u'a'));
 }
 
 class FoldedComparison {
@@ -328,7 +240,7 @@ private:
         }
         if (!fold_) {
             fold_.emplace(Folder::Lower());
-            caseBit_ = splat_lanes(fold_->IsUsualForAscii() ? kCaseBit : u'\0');
+            caseBit_ = splat_lanes(fold_->IsUsualForAscii() ? char16_t{kCaseBit} : u'\0');
         }
         result_ = (*fold_)(left_[i]) - (*fold_)(right_[i]);
         return result_ != 0 || left_[i] == 0 || right_[i] == 0;
@@ -384,13 +296,11 @@ void _wcslwr(char16_t* text) noexcept {
 
 const char16_t* find_folded(const char16_t* first, const char16_t* last, const char16_t* upper,
                             std::size_t count) noexcept {
-    if (count == 0) {
-        return first;
+    if (count == 0 || static_cast<std::size_t>(last - first) < count) {
+        return count == 0 ? first : nullptr;
     }
-    if (static_cast<std::size_t>(last - first) < count) {
-        return nullptr;
-    }
-    return FoldedSearch(first, last, upper, static_cast<std::ptrdiff_t>(count)).Run();
+    Folder fold = Folder::Upper();
+    return find_folded(first, last, upper, count, fold, fold.IsUsualForAscii());
 }
 
 char16_t* remove_space(char16_t* first, char16_t* last) noexcept {

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "search/folded_search.h"
+#include "search/member_scan.h"
 #include "search/text_search.h"
 #include "texts.h"
 
@@ -79,6 +81,11 @@ protected:
         }
         platform::TextSearch<Unit> search(exact.First(), exact.Last(), pattern.First(),
                                           wanted.size());
+        // What cannot be probed is searched by the linear way alone.
+        const auto same = [](Unit unit) { return unit; };
+        using Matcher = platform::FoldedMatcher<Unit, decltype(same)>;
+        platform::AdaptiveSearch<Unit, Matcher> linear(exact.First(), exact.Last(), pattern.First(),
+                                                       wanted.size(), same, false);
         std::size_t count = 0;
         for (std::size_t at = text.find(wanted); at != Text::npos; ++count) {
             at = text.find(wanted, at + wanted.size());
@@ -87,10 +94,10 @@ protected:
             platform::count_text<Unit>(exact.First(), exact.Last(), pattern.First(), wanted.size()),
             count);
         std::size_t place = text.find(wanted);
-        ASSERT_EQ(position(search.Next()), place);
-        while (place != Text::npos) {
-            place = text.find(wanted, place + 1);
+        for (bool isLeft = true; isLeft; place = text.find(wanted, place + 1)) {
             ASSERT_EQ(position(search.Next()), place);
+            ASSERT_EQ(position(linear.Next()), place);
+            isLeft = place != Text::npos;
         }
     }
 };

@@ -11,7 +11,6 @@
 #include "guarded.h"
 #include "locales.h"
 #include "oracle.h"
-#include "search/two_way.h"
 #include "texts.h"
 
 namespace {
@@ -162,20 +161,6 @@ TEST(WideText, IsSearchedWithoutCaseInLinearTime) {
         EXPECT_EQ(platform::find_folded(whole.data(), end, upper.data(), upper.size()), place);
         EXPECT_EQ(platform::find_folded(whole.data(), end - 1, upper.data(), upper.size()),
                   nullptr);
-    }
-}
-
-TEST(TwoWay, FindsWhatIsThereInAllShortTexts) {
-    const auto texts = all_texts(std::u16string(u"ab"), 12);
-    for (std::size_t n = 1; n < 511; ++n) {
-        const std::u16string& pattern = texts[n];
-        for (std::size_t at = n % 11; at < texts.size(); at += 11) {
-            const std::u16string& text = texts[at];
-            const std::size_t found =
-                platform::find_two_way(pattern.data(), pattern.size(), text.size(),
-                                       [&text](std::size_t i) { return text.at(i); });
-            ASSERT_EQ(found, std::min(text.find(pattern), text.size())) << n << ' ' << at;
-        }
     }
 }
 
