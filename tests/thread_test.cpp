@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <functional>
 #include <iterator>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -28,26 +29,47 @@ TYPED_TEST_SUITE(Threads, Twins);
 
 }  // namespace
 
-TYPED_TEST(Threads, ShareCopyWriteAndDestroy) {
-    const TypeParam source(T_("the text that all of them share"));
-    for (int nRound = 0; nRound < 300; ++nRound) {
-        auto* first = new TypeParam(source.Left(10));
-        TypeParam shared[3] = {*first, *first, *first};
-        delete first;
+// Two holders read and leave, each in the same way; the third learns of it from the count and from
+// nothing else, and goes on with the block as its own.
+TYPED_TEST(Threads, TheCountAloneTellsThatOthersLeft) {
+    using Held = std::unique_ptr<Open<TypeParam>>;
+    using Deed = void (*)(Held&);
+    const Deed leaves[] = {
+        [](Held& value) { value.reset(); },
+        [](Held& value) { value->Release(); },
+        [](Held& value) { value->SetAt(0, T_("X")[0]); },
+        [](Held& value) { value->Append(T_("+")); },
+        [](Held& value) { value->AssignCopy(2, value->constBuffer() + 1); },
+        [](Held& value) { Held(new Open<TypeParam>(*value)).swap(value); },
+        [](Held& value) { *std::make_unique<TypeParam>(T_("other")) = *value, value->Empty(); }};
+    const Deed goesOn[] = {[](Held& value) { value.reset(); },
+                           [](Held& value) { value->Release(); },
+                           [](Held& value) { value->SetAt(0, T_("Y")[0]); },
+                           [](Held& value) { value->Append(T_("-")); }};
+    for (int nRound = 0; nRound < 140; ++nRound) {
+        const TypeParam text(T_("a text that is read to its end"));
+        Held values[] = {std::make_unique<Open<TypeParam>>(from<TypeParam>(whole(text), 40)),
+                         nullptr, nullptr};
+        values[1] = std::make_unique<Open<TypeParam>>(*values[0]);
+        values[2] = std::make_unique<Open<TypeParam>>(*values[0]);
         together([&](int n) {
-            TypeParam copy(source);
-            TypeParam other = shared[n];
-            shared[n].Append(T_("+"));
-            shared[n].SetAt(0, T_("X")[0]);
-            other.MakeUpper();
-            copy = shared[n];
-            copy.Empty();
-            EXPECT_EQ(whole(shared[n]), T_("Xhe text t+"));
-            EXPECT_EQ(whole(other), T_("THE TEXT T"));
-            shared[n].Release();
+            EXPECT_EQ(whole(*values[n]), whole(text));
+            if (n != 0) {
+                leaves[nRound % 7](values[n]);
+            } else {
+                const std::int32_t* pnRefs = &values[0]->GetData()->nRefs;
+                for (int nWait = 0;
+                     nWait < 100000 && __atomic_load_n(pnRefs, __ATOMIC_RELAXED) != 1; ++nWait) {
+                    std::this_thread::yield();
+                }
+                EXPECT_EQ(whole(*values[0]), whole(text));
+                goesOn[nRound % 4](values[0]);
+            }
+            values[n].reset();
+            const TypeParam copy(text);  // which all count, so last
         });
+        EXPECT_EQ(Open<TypeParam>(text).Refs(), 2);
     }
-    EXPECT_EQ(Open<TypeParam>(source).Refs(), 2);
 }
 
 TYPED_TEST(Threads, EmptyValuesAndFirstUses) {

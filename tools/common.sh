@@ -32,6 +32,7 @@ need_tests() {
     need libgtest-dev test -f /usr/include/gtest/gtest.h
     need locales test -f /usr/share/i18n/locales/ja_JP
     need pkg-config command -v pkg-config
+    need python3 command -v python3
     # Newer releases keep the rarer converters of the C library in a package of their own.
     if apt-cache show libc-gconv-modules-extra >/dev/null 2>&1; then
         need libc-gconv-modules-extra dpkg -s libc-gconv-modules-extra
