@@ -107,6 +107,13 @@
 #define KELM_LIFETIMEBOUND
 #endif
 
+/// Marks what does nothing but give its result.
+#if __cplusplus >= 201703L
+#define KELM_NODISCARD [[nodiscard]]
+#else
+#define KELM_NODISCARD
+#endif
+
 /// @cond
 /// `type` where one of the arguments is an object, which the print could not read.
 template <class... Arguments>
@@ -221,32 +228,38 @@ public:
     /// @{
 
     /// Length in bytes, terminator not counted.
-    KELM_INLINE int GetLength() const noexcept { return GetData()->nDataLength; }
+    KELM_NODISCARD KELM_INLINE int GetLength() const noexcept { return GetData()->nDataLength; }
 
     /// Capacity in bytes, terminator not counted.
-    KELM_INLINE int GetAllocLength() const noexcept { return GetData()->nAllocLength; }
+    KELM_NODISCARD KELM_INLINE int GetAllocLength() const noexcept {
+        return GetData()->nAllocLength;
+    }
 
     /// Bytes of the text without its terminator.
-    KELM_INLINE int GetByteLength() const noexcept { return GetData()->nDataLength; }
+    KELM_NODISCARD KELM_INLINE int GetByteLength() const noexcept { return GetData()->nDataLength; }
 
     /// Whether the length is 0.
-    KELM_INLINE bool IsEmpty() const noexcept { return GetData()->nDataLength == 0; }
+    KELM_NODISCARD KELM_INLINE bool IsEmpty() const noexcept { return GetData()->nDataLength == 0; }
 
     /// The terminated text, never null. Good until the value is modified or destroyed.
-    KELM_INLINE const char* constBuffer() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
+    KELM_NODISCARD KELM_INLINE const char* constBuffer() const noexcept KELM_LIFETIMEBOUND {
+        return m_pchData;
+    }
 
     /// The same as `constBuffer`. What C++ does with a pointer compiles for a value as well:
     /// `*text`, `text - 1`, and `if (text)`, which is always true.
-    KELM_INLINE operator const char*() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
+    KELM_NODISCARD KELM_INLINE operator const char*() const noexcept KELM_LIFETIMEBOUND {
+        return m_pchData;
+    }
 
     /// The byte at an index from 0 to the length, where the terminator stands. Not tested.
-    KELM_INLINE char GetAt(int nIndex) const noexcept { return m_pchData[nIndex]; }
+    KELM_NODISCARD KELM_INLINE char GetAt(int nIndex) const noexcept { return m_pchData[nIndex]; }
 
     /// The same as `GetAt`; a value, not a reference. An index of type `long` is ambiguous.
-    KELM_INLINE char operator[](int nIndex) const noexcept { return GetAt(nIndex); }
+    KELM_NODISCARD KELM_INLINE char operator[](int nIndex) const noexcept { return GetAt(nIndex); }
 
     /// The first byte, NUL in an empty text.
-    KELM_INLINE char Char() const noexcept { return *m_pchData; }
+    KELM_NODISCARD KELM_INLINE char Char() const noexcept { return *m_pchData; }
 
     /// Stores one byte. Asserts that the index is within the text. A shared block is left first.
     void SetAt(int nIndex, char ch);
@@ -309,32 +322,32 @@ public:
 
     /// First character that is this byte, at or behind `nStart`. NUL is found at the end of a text
     /// that is not empty. A negative start counts as 0.
-    int Find(char ch, int nStart) const noexcept;
-    int Find(char ch) const noexcept;  ///< The same from 0.
+    KELM_NODISCARD int Find(char ch, int nStart) const noexcept;
+    KELM_NODISCARD int Find(char ch) const noexcept;  ///< The same from 0.
 
     /// First occurrence of the text at or behind `nStart`. An empty text is found at the start, up
     /// to the length. A negative start counts as 0.
-    int Find(const char* pchText, int nStart) const noexcept;
-    int Find(const char* pchText) const noexcept;  ///< The same from 0.
+    KELM_NODISCARD int Find(const char* pchText, int nStart) const noexcept;
+    KELM_NODISCARD int Find(const char* pchText) const noexcept;  ///< The same from 0.
 
     /// Last character that is this byte; NUL is found at the end.
-    int ReverseFind(char ch) const noexcept;
+    KELM_NODISCARD int ReverseFind(char ch) const noexcept;
 
     /// First character that occurs in the set.
-    int FindOneOf(const char* pchSet) const noexcept;
+    KELM_NODISCARD int FindOneOf(const char* pchSet) const noexcept;
 
     /// First character that is this byte, both upper-cased.
-    int NCFind(char ch) const;
+    KELM_NODISCARD int NCFind(char ch) const;
 
     /// First occurrence of the text, both sides upper-cased; null counts as empty. May copy both
     /// sides.
-    int NCFind(const char* pchText) const;
+    KELM_NODISCARD int NCFind(const char* pchText) const;
 
     /// Bytes equal to `ch` in the whole text, those inside longer characters and NULs included.
-    int Count(char ch) const noexcept;
+    KELM_NODISCARD int Count(char ch) const noexcept;
 
     /// Occurrences of the text that do not overlap, from the left; 0 for an empty text.
-    int Count(const char* pchText) const;
+    KELM_NODISCARD int Count(const char* pchText) const;
 
     /// @}
     /// @name Extraction
@@ -344,16 +357,16 @@ public:
 
     /// `nCount` bytes from `nFirst`. A negative `nFirst` counts as 0 and does not shorten the
     /// count.
-    Kelm Mid(int nFirst, int nCount) const;
-    Kelm Mid(int nFirst) const;    ///< Everything from `nFirst`.
-    Kelm Left(int nCount) const;   ///< The first bytes.
-    Kelm Right(int nCount) const;  ///< The last bytes.
+    KELM_NODISCARD Kelm Mid(int nFirst, int nCount) const;
+    KELM_NODISCARD Kelm Mid(int nFirst) const;    ///< Everything from `nFirst`.
+    KELM_NODISCARD Kelm Left(int nCount) const;   ///< The first bytes.
+    KELM_NODISCARD Kelm Right(int nCount) const;  ///< The last bytes.
 
     /// The beginning made only of characters of the set, up to the first NUL. A null set is empty.
-    Kelm SpanIncluding(const char* pchSet) const;
+    KELM_NODISCARD Kelm SpanIncluding(const char* pchSet) const;
 
     /// The beginning that holds no character of the set, up to the first NUL. A null set is empty.
-    Kelm SpanExcluding(const char* pchSet) const;
+    KELM_NODISCARD Kelm SpanExcluding(const char* pchSet) const;
 
     /// @}
     /// @name Case, reversal and trimming
@@ -376,7 +389,7 @@ public:
     void TrimLeft(const char* pchSet);
 
     /// A copy without white space at both ends, in a block of its own.
-    Kelm Trim() const;
+    KELM_NODISCARD Kelm Trim() const;
 
     /// @}
     /// @name Replacement
@@ -445,7 +458,7 @@ public:
     void Repeat(const char* pchText, int nCount);
 
     /// A new value of `nCount` times this byte; 0 or less gives the empty text.
-    static Kelm FromRepeat(char ch, int nCount);
+    KELM_NODISCARD static Kelm FromRepeat(char ch, int nCount);
 
     Kelm operator--();     ///< Drops the last byte; the result is the value after that.
     Kelm operator--(int);  ///< Drops the last byte; the result is the value before that.
@@ -482,7 +495,7 @@ public:
     void AppendFormatV(const char* pchFormat, va_list argList);              ///< As `AppendFormat`.
 
     /// A new value.
-    static Kelm FromFormat(const char* pchFormat, ...);
+    KELM_NODISCARD static Kelm FromFormat(const char* pchFormat, ...);
     template <class... Arguments, class = typename KelmIfObject<Arguments...>::type>
     static Kelm FromFormat(const char* pchFormat,
                            const Arguments&...) = delete;  ///< As for `Format`.
@@ -503,16 +516,16 @@ public:
 
     /// With a decimal digit anywhere in the text: whether `Int` is not 0. Without one: whether the
     /// trimmed text is "true", "on" or "yes" in any case.
-    bool Bool() const noexcept;
+    KELM_NODISCARD bool Bool() const noexcept;
 
     /// The decimal number at the start; where that is 0, the hexadecimal one, with or without "0x".
     /// Beyond the type's range: its limit.
-    int Int() const noexcept;
-    std::int32_t Long() const noexcept;  ///< As `Int`.
-    long long Int64() const noexcept;    ///< As `Int`, with 64 bits.
+    KELM_NODISCARD int Int() const noexcept;
+    KELM_NODISCARD std::int32_t Long() const noexcept;  ///< As `Int`.
+    KELM_NODISCARD long long Int64() const noexcept;    ///< As `Int`, with 64 bits.
 
     /// The decimal floating-point number at the start, with the locale's decimal point.
-    double Double() const noexcept;
+    KELM_NODISCARD double Double() const noexcept;
 
     /// The reading member for the type: `int`, `unsigned int`, `long`, `unsigned long`, `long
     /// long`, `unsigned long long`, `double`, `float`, `bool`. Unsigned types take the same bits,
@@ -522,15 +535,15 @@ public:
     T To() const noexcept = delete;
 
     /// The digits of the number. Capacity 32.
-    static Kelm From(int nValue);
-    static Kelm From(long nValue);                ///< As for `int`, every digit.
-    static Kelm From(unsigned int nValue);        ///< As for `int`.
-    static Kelm From(unsigned long nValue);       ///< As for `int`, every digit.
-    static Kelm From(long long nValue);           ///< As for `int`.
-    static Kelm From(unsigned long long nValue);  ///< As for `int`.
+    KELM_NODISCARD static Kelm From(int nValue);
+    KELM_NODISCARD static Kelm From(long nValue);                ///< As for `int`, every digit.
+    KELM_NODISCARD static Kelm From(unsigned int nValue);        ///< As for `int`.
+    KELM_NODISCARD static Kelm From(unsigned long nValue);       ///< As for `int`, every digit.
+    KELM_NODISCARD static Kelm From(long long nValue);           ///< As for `int`.
+    KELM_NODISCARD static Kelm From(unsigned long long nValue);  ///< As for `int`.
 
     /// The number with six significant digits, as "%g" prints it. Capacity 128.
-    static Kelm From(double dValue);
+    KELM_NODISCARD static Kelm From(double dValue);
 
     /// @}
     /// @name Character classes
@@ -538,18 +551,18 @@ public:
     /// true. The index must lie from 0 to the length, where the terminator gives false.
     /// @{
 
-    bool IsDigit() const noexcept;            ///< Whether all bytes are decimal digits.
-    bool IsDigit(int nIndex) const noexcept;  ///< Whether this byte is a decimal digit.
-    bool IsAlNum() const noexcept;            ///< Whether all bytes are letters or digits.
-    bool IsAlNum(int nIndex) const noexcept;  ///< Whether this byte is a letter or digit.
-    bool IsAlpha() const noexcept;            ///< Whether all bytes are letters.
-    bool IsAlpha(int nIndex) const noexcept;  ///< Whether this byte is a letter.
-    bool IsUpper() const noexcept;            ///< Whether all bytes are upper-case letters.
-    bool IsUpper(int nIndex) const noexcept;  ///< Whether this byte is an upper-case letter.
-    bool IsLower() const noexcept;            ///< Whether all bytes are lower-case letters.
-    bool IsLower(int nIndex) const noexcept;  ///< Whether this byte is a lower-case letter.
-    bool IsSpace() const noexcept;            ///< Whether all bytes are white space.
-    bool IsSpace(int nIndex) const noexcept;  ///< Whether this byte is white space.
+    KELM_NODISCARD bool IsDigit() const noexcept;  ///< Whether all bytes are decimal digits.
+    KELM_NODISCARD bool IsDigit(int nIndex) const noexcept;  ///< The same of one byte.
+    KELM_NODISCARD bool IsAlNum() const noexcept;  ///< Whether all bytes are letters or digits.
+    KELM_NODISCARD bool IsAlNum(int nIndex) const noexcept;  ///< The same of one byte.
+    KELM_NODISCARD bool IsAlpha() const noexcept;            ///< Whether all bytes are letters.
+    KELM_NODISCARD bool IsAlpha(int nIndex) const noexcept;  ///< The same of one byte.
+    KELM_NODISCARD bool IsUpper() const noexcept;  ///< Whether all bytes are upper-case letters.
+    KELM_NODISCARD bool IsUpper(int nIndex) const noexcept;  ///< The same of one byte.
+    KELM_NODISCARD bool IsLower() const noexcept;  ///< Whether all bytes are lower-case letters.
+    KELM_NODISCARD bool IsLower(int nIndex) const noexcept;  ///< The same of one byte.
+    KELM_NODISCARD bool IsSpace() const noexcept;            ///< Whether all bytes are white space.
+    KELM_NODISCARD bool IsSpace(int nIndex) const noexcept;  ///< The same of one byte.
 
     /// @}
     /// @name Comparison
@@ -559,13 +572,13 @@ public:
 
     /// By character value: bytes as unsigned numbers, longer characters above single bytes. A null
     /// pointer gives 1.
-    int Compare(const char* pchText) const noexcept;
-    int CompareNoCase(
-        const char* pchText) const noexcept;  ///< The same with letters in lower case.
+    KELM_NODISCARD int Compare(const char* pchText) const noexcept;
+    /// The same with letters in lower case.
+    KELM_NODISCARD int CompareNoCase(const char* pchText) const noexcept;
 
     /// By the collation of the process's locale. The pointer must not be null.
-    int Collate(const char* pchText) const noexcept;
-    int CollateNoCase(const char* pchText) const;  ///< The same with case ignored.
+    KELM_NODISCARD int Collate(const char* pchText) const noexcept;
+    KELM_NODISCARD int CollateNoCase(const char* pchText) const;  ///< The same with case ignored.
 
     /// @}
     /// @name Similarity
@@ -575,8 +588,9 @@ public:
     /// common subsequence of bytes divided by the length of this text, from 0 to 1. 0 if either is
     /// empty. The pointer must not be null and counts up to its first NUL. Time is the product of
     /// the lengths, 64 steps at once; memory is linear.
-    float Similar(const char* pchText) const;
-    float Similar(const Kelm& string) const;  ///< The same over the whole of both texts.
+    KELM_NODISCARD float Similar(const char* pchText) const;
+    KELM_NODISCARD float Similar(
+        const Kelm& string) const;  ///< The same over the whole of both texts.
 
     /// @}
     /// @name Delimited fields
@@ -587,18 +601,22 @@ public:
     /// The elements `nFirst` to `nLast` with the delimiters between them. A negative `nLast` stands
     /// for the last element of the text. Elements beyond the text are empty, so their delimiters
     /// show. A negative `nFirst`, or one above `nLast`, gives the empty text.
-    Kelm Elements(int nFirst, int nLast, char chDelimiter) const;
+    KELM_NODISCARD Kelm Elements(int nFirst, int nLast, char chDelimiter) const;
 
     /// One element; empty where the text has none of that number. Walks from the start: to visit
     /// every element, walk with `Find` and `Mid`.
-    Kelm Element(int nElement, char chDelimiter) const;
+    KELM_NODISCARD Kelm Element(int nElement, char chDelimiter) const;
 
     /// Number of the first element with this text, or -1. Null is found nowhere.
-    int IndexOfElement(const char* pchText, char chDelimiter) const noexcept;
-    int IndexOfElement(double dValue, char chDelimiter) const;     ///< The same by `Double`.
-    int IndexOfElement(int nValue, char chDelimiter) const;        ///< The same by `Int`.
-    int IndexOfElement(char ch, char chDelimiter) const noexcept;  ///< The same by `Char`.
-    int IndexOfElement(bool bValue, char chDelimiter) const;       ///< The same by `Bool`.
+    KELM_NODISCARD int IndexOfElement(const char* pchText, char chDelimiter) const noexcept;
+    /// The same by `Double`.
+    KELM_NODISCARD int IndexOfElement(double dValue, char chDelimiter) const;
+    /// The same by `Int`.
+    KELM_NODISCARD int IndexOfElement(int nValue, char chDelimiter) const;
+    /// The same by `Char`.
+    KELM_NODISCARD int IndexOfElement(char ch, char chDelimiter) const noexcept;
+    /// The same by `Bool`.
+    KELM_NODISCARD int IndexOfElement(bool bValue, char chDelimiter) const;
 
     /// @}
     /// @name Character sets
@@ -693,23 +711,23 @@ private:
 
 /// @cond
 template <>
-KELM_API int Kelm::To<int>() const noexcept;
+KELM_NODISCARD KELM_API int Kelm::To<int>() const noexcept;
 template <>
-KELM_API unsigned int Kelm::To<unsigned int>() const noexcept;
+KELM_NODISCARD KELM_API unsigned int Kelm::To<unsigned int>() const noexcept;
 template <>
-KELM_API long Kelm::To<long>() const noexcept;
+KELM_NODISCARD KELM_API long Kelm::To<long>() const noexcept;
 template <>
-KELM_API unsigned long Kelm::To<unsigned long>() const noexcept;
+KELM_NODISCARD KELM_API unsigned long Kelm::To<unsigned long>() const noexcept;
 template <>
-KELM_API long long Kelm::To<long long>() const noexcept;
+KELM_NODISCARD KELM_API long long Kelm::To<long long>() const noexcept;
 template <>
-KELM_API unsigned long long Kelm::To<unsigned long long>() const noexcept;
+KELM_NODISCARD KELM_API unsigned long long Kelm::To<unsigned long long>() const noexcept;
 template <>
-KELM_API double Kelm::To<double>() const noexcept;
+KELM_NODISCARD KELM_API double Kelm::To<double>() const noexcept;
 template <>
-KELM_API float Kelm::To<float>() const noexcept;
+KELM_NODISCARD KELM_API float Kelm::To<float>() const noexcept;
 template <>
-KELM_API bool Kelm::To<bool>() const noexcept;
+KELM_NODISCARD KELM_API bool Kelm::To<bool>() const noexcept;
 /// @endcond
 
 /// @name Joining narrow text
@@ -718,11 +736,11 @@ KELM_API bool Kelm::To<bool>() const noexcept;
 /// @{
 
 /// Both in a row. Without memory nothing has changed.
-KELM_API Kelm operator+(const Kelm& string1, const Kelm& string2);
-KELM_API Kelm operator+(const Kelm& string, char ch);
-KELM_API Kelm operator+(char ch, const Kelm& string);
-KELM_API Kelm operator+(const Kelm& string, const char* pchText);
-KELM_API Kelm operator+(const char* pchText, const Kelm& string);
+KELM_NODISCARD KELM_API Kelm operator+(const Kelm& string1, const Kelm& string2);
+KELM_NODISCARD KELM_API Kelm operator+(const Kelm& string, char ch);
+KELM_NODISCARD KELM_API Kelm operator+(char ch, const Kelm& string);
+KELM_NODISCARD KELM_API Kelm operator+(const Kelm& string, const char* pchText);
+KELM_NODISCARD KELM_API Kelm operator+(const char* pchText, const Kelm& string);
 /// @}
 
 /// @name Ordering narrow text
@@ -731,30 +749,32 @@ KELM_API Kelm operator+(const char* pchText, const Kelm& string);
 /// @{
 
 /// The sign of `Kelm::Compare`, the pointer being the smaller where it is null.
-KELM_API bool operator==(const Kelm& string1, const Kelm& string2) noexcept;
-KELM_API bool operator==(const Kelm& string, const char* pchText) noexcept;
-KELM_API bool operator==(const char* pchText, const Kelm& string) noexcept;
-KELM_API bool operator!=(const Kelm& string1, const Kelm& string2) noexcept;
-KELM_API bool operator!=(const Kelm& string, const char* pchText) noexcept;
-KELM_API bool operator!=(const char* pchText, const Kelm& string) noexcept;
-KELM_API bool operator<(const Kelm& string1, const Kelm& string2) noexcept;
-KELM_API bool operator<(const Kelm& string, const char* pchText) noexcept;
-KELM_API bool operator<(const char* pchText, const Kelm& string) noexcept;
-KELM_API bool operator<=(const Kelm& string1, const Kelm& string2) noexcept;
-KELM_API bool operator<=(const Kelm& string, const char* pchText) noexcept;
-KELM_API bool operator<=(const char* pchText, const Kelm& string) noexcept;
-KELM_API bool operator>(const Kelm& string1, const Kelm& string2) noexcept;
-KELM_API bool operator>(const Kelm& string, const char* pchText) noexcept;
-KELM_API bool operator>(const char* pchText, const Kelm& string) noexcept;
-KELM_API bool operator>=(const Kelm& string1, const Kelm& string2) noexcept;
-KELM_API bool operator>=(const Kelm& string, const char* pchText) noexcept;
-KELM_API bool operator>=(const char* pchText, const Kelm& string) noexcept;
+KELM_NODISCARD KELM_API bool operator==(const Kelm& string1, const Kelm& string2) noexcept;
+KELM_NODISCARD KELM_API bool operator==(const Kelm& string, const char* pchText) noexcept;
+KELM_NODISCARD KELM_API bool operator==(const char* pchText, const Kelm& string) noexcept;
+KELM_NODISCARD KELM_API bool operator!=(const Kelm& string1, const Kelm& string2) noexcept;
+KELM_NODISCARD KELM_API bool operator!=(const Kelm& string, const char* pchText) noexcept;
+KELM_NODISCARD KELM_API bool operator!=(const char* pchText, const Kelm& string) noexcept;
+KELM_NODISCARD KELM_API bool operator<(const Kelm& string1, const Kelm& string2) noexcept;
+KELM_NODISCARD KELM_API bool operator<(const Kelm& string, const char* pchText) noexcept;
+KELM_NODISCARD KELM_API bool operator<(const char* pchText, const Kelm& string) noexcept;
+KELM_NODISCARD KELM_API bool operator<=(const Kelm& string1, const Kelm& string2) noexcept;
+KELM_NODISCARD KELM_API bool operator<=(const Kelm& string, const char* pchText) noexcept;
+KELM_NODISCARD KELM_API bool operator<=(const char* pchText, const Kelm& string) noexcept;
+KELM_NODISCARD KELM_API bool operator>(const Kelm& string1, const Kelm& string2) noexcept;
+KELM_NODISCARD KELM_API bool operator>(const Kelm& string, const char* pchText) noexcept;
+KELM_NODISCARD KELM_API bool operator>(const char* pchText, const Kelm& string) noexcept;
+KELM_NODISCARD KELM_API bool operator>=(const Kelm& string1, const Kelm& string2) noexcept;
+KELM_NODISCARD KELM_API bool operator>=(const Kelm& string, const char* pchText) noexcept;
+KELM_NODISCARD KELM_API bool operator>=(const char* pchText, const Kelm& string) noexcept;
 #ifdef KELM_THREE_WAY
 /// What composites are ordered by: without it `<=>` would compare the addresses of the texts.
-inline std::weak_ordering operator<=>(const Kelm& string1, const Kelm& string2) noexcept {
+KELM_NODISCARD inline std::weak_ordering operator<=>(const Kelm& string1,
+                                                     const Kelm& string2) noexcept {
     return string1.Compare(string2) <=> 0;
 }
-inline std::weak_ordering operator<=>(const Kelm& string, const char* pchText) noexcept {
+KELM_NODISCARD inline std::weak_ordering operator<=>(const Kelm& string,
+                                                     const char* pchText) noexcept {
     return string.Compare(pchText) <=> 0;
 }
 #endif
@@ -802,15 +822,15 @@ public:
     bool NextLine() noexcept;
 
     /// The token's text; empty if there is none. One allocation.
-    Kelm Current() const;
-    operator Kelm() const;    ///< The same as `Current`.
-    Kelm operator()() const;  ///< The same as `Current`.
+    KELM_NODISCARD Kelm Current() const;
+    KELM_NODISCARD operator Kelm() const;    ///< The same as `Current`.
+    KELM_NODISCARD Kelm operator()() const;  ///< The same as `Current`.
 
     /// Whether the end of the text has not been reached.
-    operator bool() const noexcept;
+    KELM_NODISCARD operator bool() const noexcept;
 
     /// Whether a token of at least one byte is in hand.
-    bool IsValid() const noexcept;
+    KELM_NODISCARD bool IsValid() const noexcept;
 
     void operator++() noexcept;     ///< The same as `Next`.
     void operator++(int) noexcept;  ///< The same as `Next`.
@@ -929,35 +949,43 @@ public:
     /// @{
 
     /// Length in units, terminator not counted.
-    KELM_INLINE int GetLength() const noexcept { return GetData()->nDataLength; }
+    KELM_NODISCARD KELM_INLINE int GetLength() const noexcept { return GetData()->nDataLength; }
 
     /// Capacity in units, terminator not counted.
-    KELM_INLINE int GetAllocLength() const noexcept { return GetData()->nAllocLength; }
+    KELM_NODISCARD KELM_INLINE int GetAllocLength() const noexcept {
+        return GetData()->nAllocLength;
+    }
 
     /// Bytes of the text without its terminator: twice the length.
-    KELM_INLINE int GetByteLength() const noexcept {
+    KELM_NODISCARD KELM_INLINE int GetByteLength() const noexcept {
         return GetData()->nDataLength * static_cast<int>(sizeof(char16_t));
     }
 
     /// Whether the length is 0.
-    KELM_INLINE bool IsEmpty() const noexcept { return GetData()->nDataLength == 0; }
+    KELM_NODISCARD KELM_INLINE bool IsEmpty() const noexcept { return GetData()->nDataLength == 0; }
 
     /// The terminated text, never null. Good until the value is modified or destroyed.
-    KELM_INLINE const char16_t* constBuffer() const noexcept KELM_LIFETIMEBOUND {
+    KELM_NODISCARD KELM_INLINE const char16_t* constBuffer() const noexcept KELM_LIFETIMEBOUND {
         return m_pchData;
     }
 
     /// The same as `constBuffer`.
-    KELM_INLINE operator const char16_t*() const noexcept KELM_LIFETIMEBOUND { return m_pchData; }
+    KELM_NODISCARD KELM_INLINE operator const char16_t*() const noexcept KELM_LIFETIMEBOUND {
+        return m_pchData;
+    }
 
     /// The unit at an index from 0 to the length, where the terminator stands. Not tested.
-    KELM_INLINE char16_t GetAt(int nIndex) const noexcept { return m_pchData[nIndex]; }
+    KELM_NODISCARD KELM_INLINE char16_t GetAt(int nIndex) const noexcept {
+        return m_pchData[nIndex];
+    }
 
     /// The same as `GetAt`; a value, not a reference.
-    KELM_INLINE char16_t operator[](int nIndex) const noexcept { return GetAt(nIndex); }
+    KELM_NODISCARD KELM_INLINE char16_t operator[](int nIndex) const noexcept {
+        return GetAt(nIndex);
+    }
 
     /// The first unit, NUL in an empty text.
-    KELM_INLINE char16_t Char() const noexcept { return *m_pchData; }
+    KELM_NODISCARD KELM_INLINE char16_t Char() const noexcept { return *m_pchData; }
 
     /// Stores one unit. Asserts that the index is within the text. A shared block is left first.
     void SetAt(int nIndex, char16_t ch);
@@ -1027,31 +1055,31 @@ public:
 
     /// First unit equal to `ch` at or behind `nStart`. NUL is found at the end of a text that is
     /// not empty. A negative start counts as 0.
-    int Find(char16_t ch, int nStart) const noexcept;
-    int Find(char16_t ch) const noexcept;  ///< The same from 0.
+    KELM_NODISCARD int Find(char16_t ch, int nStart) const noexcept;
+    KELM_NODISCARD int Find(char16_t ch) const noexcept;  ///< The same from 0.
 
     /// First occurrence of the text at or behind `nStart`. An empty text is found at the start, up
     /// to the length. A negative start counts as 0.
-    int Find(const char16_t* pchText, int nStart) const noexcept;
-    int Find(const char16_t* pchText) const noexcept;  ///< The same from 0.
+    KELM_NODISCARD int Find(const char16_t* pchText, int nStart) const noexcept;
+    KELM_NODISCARD int Find(const char16_t* pchText) const noexcept;  ///< The same from 0.
 
     /// Last unit equal to `ch`; NUL is found at the end.
-    int ReverseFind(char16_t ch) const noexcept;
+    KELM_NODISCARD int ReverseFind(char16_t ch) const noexcept;
 
     /// First unit that occurs in the set.
-    int FindOneOf(const char16_t* pchSet) const noexcept;
+    KELM_NODISCARD int FindOneOf(const char16_t* pchSet) const noexcept;
 
     /// First unit equal to `ch`, both upper-cased.
-    int NCFind(char16_t ch) const noexcept;
+    KELM_NODISCARD int NCFind(char16_t ch) const noexcept;
 
     /// First occurrence of the text, both sides upper-cased; null counts as empty.
-    int NCFind(const char16_t* pchText) const;
+    KELM_NODISCARD int NCFind(const char16_t* pchText) const;
 
     /// Units equal to `ch` in the whole text, NULs included.
-    int Count(char16_t ch) const noexcept;
+    KELM_NODISCARD int Count(char16_t ch) const noexcept;
 
     /// Occurrences of the text that do not overlap, from the left; 0 for an empty text.
-    int Count(const char16_t* pchText) const;
+    KELM_NODISCARD int Count(const char16_t* pchText) const;
 
     /// @}
     /// @name Extraction
@@ -1061,10 +1089,10 @@ public:
 
     /// `nCount` units from `nFirst`. A negative `nFirst` counts as 0 and does not shorten the
     /// count.
-    WString Mid(int nFirst, int nCount) const;
-    WString Mid(int nFirst) const;    ///< Everything from `nFirst`.
-    WString Left(int nCount) const;   ///< The first units.
-    WString Right(int nCount) const;  ///< The last units.
+    KELM_NODISCARD WString Mid(int nFirst, int nCount) const;
+    KELM_NODISCARD WString Mid(int nFirst) const;    ///< Everything from `nFirst`.
+    KELM_NODISCARD WString Left(int nCount) const;   ///< The first units.
+    KELM_NODISCARD WString Right(int nCount) const;  ///< The last units.
 
     /// @}
     /// @name Case, reversal and trimming
@@ -1086,7 +1114,7 @@ public:
     void TrimLeft(const char16_t* pchSet);
 
     /// A copy without white space at both ends, in a block of its own.
-    WString Trim() const;
+    KELM_NODISCARD WString Trim() const;
 
     /// @}
     /// @name Replacement
@@ -1127,7 +1155,7 @@ public:
     /// @{
 
     /// A new value of `nCount` times this unit; 0 or less gives the empty text.
-    static WString FromRepeat(char16_t ch, int nCount);
+    KELM_NODISCARD static WString FromRepeat(char16_t ch, int nCount);
 
     /// @}
     /// @name Values
@@ -1137,27 +1165,27 @@ public:
 
     /// With a decimal digit anywhere in the text: whether `Int` is not 0. Without one: whether the
     /// trimmed text is "true", "on" or "yes" in any case.
-    bool Bool() const noexcept;
+    KELM_NODISCARD bool Bool() const noexcept;
 
     /// The decimal number at the start; where that is 0, the hexadecimal one, with or without "0x".
     /// Beyond the type's range: its limit.
-    int Int() const noexcept;
-    std::int32_t Long() const noexcept;  ///< As `Int`.
-    long long Int64() const noexcept;    ///< As `Int`, with 64 bits.
+    KELM_NODISCARD int Int() const noexcept;
+    KELM_NODISCARD std::int32_t Long() const noexcept;  ///< As `Int`.
+    KELM_NODISCARD long long Int64() const noexcept;    ///< As `Int`, with 64 bits.
 
     /// The decimal floating-point number at the start, with the locale's decimal point.
-    double Double() const noexcept;
+    KELM_NODISCARD double Double() const noexcept;
 
     /// The digits of the number. Capacity 32.
-    static WString From(int nValue);
-    static WString From(long nValue);                ///< As for `int`, every digit.
-    static WString From(unsigned int nValue);        ///< As for `int`.
-    static WString From(unsigned long nValue);       ///< As for `int`, every digit.
-    static WString From(long long nValue);           ///< As for `int`.
-    static WString From(unsigned long long nValue);  ///< As for `int`.
+    KELM_NODISCARD static WString From(int nValue);
+    KELM_NODISCARD static WString From(long nValue);                ///< As for `int`, every digit.
+    KELM_NODISCARD static WString From(unsigned int nValue);        ///< As for `int`.
+    KELM_NODISCARD static WString From(unsigned long nValue);       ///< As for `int`, every digit.
+    KELM_NODISCARD static WString From(long long nValue);           ///< As for `int`.
+    KELM_NODISCARD static WString From(unsigned long long nValue);  ///< As for `int`.
 
     /// The number with six significant digits, as "%g" prints it. Capacity 128.
-    static WString From(double dValue);
+    KELM_NODISCARD static WString From(double dValue);
 
     /// @}
     /// @name Comparison
@@ -1165,8 +1193,10 @@ public:
     /// their first NUL; a null pointer gives 1. No allocation.
     /// @{
 
-    int Compare(const char16_t* pchText) const noexcept;        ///< By unsigned units.
-    int CompareNoCase(const char16_t* pchText) const noexcept;  ///< By units in lower case.
+    /// By unsigned units.
+    KELM_NODISCARD int Compare(const char16_t* pchText) const noexcept;
+    /// By units in lower case.
+    KELM_NODISCARD int CompareNoCase(const char16_t* pchText) const noexcept;
 
     /// @}
     /// @name Delimited fields
@@ -1176,10 +1206,10 @@ public:
     /// The elements `nFirst` to `nLast` with the delimiters between them. A negative `nLast` stands
     /// for the last element of the text. Elements beyond the text are empty, so their delimiters
     /// show. A negative `nFirst`, or one above `nLast`, gives the empty text.
-    WString Elements(int nFirst, int nLast, char16_t chDelimiter) const;
+    KELM_NODISCARD WString Elements(int nFirst, int nLast, char16_t chDelimiter) const;
 
     /// One element; empty where the text has none of that number.
-    WString Element(int nElement, char16_t chDelimiter) const;
+    KELM_NODISCARD WString Element(int nElement, char16_t chDelimiter) const;
 
     /// @}
     /// @name Code pages
@@ -1189,13 +1219,13 @@ public:
     /// @{
 
     /// Decodes the whole text.
-    static WString FromCodePage(const Kelm& string, unsigned int nCodePage);
+    KELM_NODISCARD static WString FromCodePage(const Kelm& string, unsigned int nCodePage);
 
     /// Decodes the text up to its first NUL. The pointer must not be null.
-    static WString FromCodePage(const char* pchText, unsigned int nCodePage);
+    KELM_NODISCARD static WString FromCodePage(const char* pchText, unsigned int nCodePage);
 
-    Kelm ToKelm() const;                        ///< Encodes the whole text for the process.
-    Kelm ToKelm(unsigned int nCodePage) const;  ///< Encodes the whole text.
+    KELM_NODISCARD Kelm ToKelm() const;  ///< Encodes the whole text for the process.
+    KELM_NODISCARD Kelm ToKelm(unsigned int nCodePage) const;  ///< Encodes the whole text.
 
     /// @}
 
@@ -1299,11 +1329,11 @@ private:
 /// @{
 
 /// Both in a row. Without memory nothing has changed.
-KELM_API WString operator+(const WString& string1, const WString& string2);
-KELM_API WString operator+(const WString& string, char16_t ch);
-KELM_API WString operator+(char16_t ch, const WString& string);
-KELM_API WString operator+(const WString& string, const char16_t* pchText);
-KELM_API WString operator+(const char16_t* pchText, const WString& string);
+KELM_NODISCARD KELM_API WString operator+(const WString& string1, const WString& string2);
+KELM_NODISCARD KELM_API WString operator+(const WString& string, char16_t ch);
+KELM_NODISCARD KELM_API WString operator+(char16_t ch, const WString& string);
+KELM_NODISCARD KELM_API WString operator+(const WString& string, const char16_t* pchText);
+KELM_NODISCARD KELM_API WString operator+(const char16_t* pchText, const WString& string);
 /// @}
 
 /// @name Joining narrow text to wide text
@@ -1312,8 +1342,8 @@ KELM_API WString operator+(const char16_t* pchText, const WString& string);
 /// @{
 
 /// Both in a row, the right one decoded.
-KELM_API WString operator+(const WString& string, const char* pchText);
-KELM_API WString operator+(const WString& string1, const Kelm& string2);
+KELM_NODISCARD KELM_API WString operator+(const WString& string, const char* pchText);
+KELM_NODISCARD KELM_API WString operator+(const WString& string1, const Kelm& string2);
 WString operator+(const char* pchText, const WString& string) = delete;
 WString operator+(const Kelm& string1, const WString& string2) = delete;
 /// @}
@@ -1323,30 +1353,32 @@ WString operator+(const Kelm& string1, const WString& string2) = delete;
 /// @{
 
 /// The sign of `WString::Compare`, the pointer being the smaller where it is null.
-KELM_API bool operator==(const WString& string1, const WString& string2) noexcept;
-KELM_API bool operator==(const WString& string, const char16_t* pchText) noexcept;
-KELM_API bool operator==(const char16_t* pchText, const WString& string) noexcept;
-KELM_API bool operator!=(const WString& string1, const WString& string2) noexcept;
-KELM_API bool operator!=(const WString& string, const char16_t* pchText) noexcept;
-KELM_API bool operator!=(const char16_t* pchText, const WString& string) noexcept;
-KELM_API bool operator<(const WString& string1, const WString& string2) noexcept;
-KELM_API bool operator<(const WString& string, const char16_t* pchText) noexcept;
-KELM_API bool operator<(const char16_t* pchText, const WString& string) noexcept;
-KELM_API bool operator<=(const WString& string1, const WString& string2) noexcept;
-KELM_API bool operator<=(const WString& string, const char16_t* pchText) noexcept;
-KELM_API bool operator<=(const char16_t* pchText, const WString& string) noexcept;
-KELM_API bool operator>(const WString& string1, const WString& string2) noexcept;
-KELM_API bool operator>(const WString& string, const char16_t* pchText) noexcept;
-KELM_API bool operator>(const char16_t* pchText, const WString& string) noexcept;
-KELM_API bool operator>=(const WString& string1, const WString& string2) noexcept;
-KELM_API bool operator>=(const WString& string, const char16_t* pchText) noexcept;
-KELM_API bool operator>=(const char16_t* pchText, const WString& string) noexcept;
+KELM_NODISCARD KELM_API bool operator==(const WString& string1, const WString& string2) noexcept;
+KELM_NODISCARD KELM_API bool operator==(const WString& string, const char16_t* pchText) noexcept;
+KELM_NODISCARD KELM_API bool operator==(const char16_t* pchText, const WString& string) noexcept;
+KELM_NODISCARD KELM_API bool operator!=(const WString& string1, const WString& string2) noexcept;
+KELM_NODISCARD KELM_API bool operator!=(const WString& string, const char16_t* pchText) noexcept;
+KELM_NODISCARD KELM_API bool operator!=(const char16_t* pchText, const WString& string) noexcept;
+KELM_NODISCARD KELM_API bool operator<(const WString& string1, const WString& string2) noexcept;
+KELM_NODISCARD KELM_API bool operator<(const WString& string, const char16_t* pchText) noexcept;
+KELM_NODISCARD KELM_API bool operator<(const char16_t* pchText, const WString& string) noexcept;
+KELM_NODISCARD KELM_API bool operator<=(const WString& string1, const WString& string2) noexcept;
+KELM_NODISCARD KELM_API bool operator<=(const WString& string, const char16_t* pchText) noexcept;
+KELM_NODISCARD KELM_API bool operator<=(const char16_t* pchText, const WString& string) noexcept;
+KELM_NODISCARD KELM_API bool operator>(const WString& string1, const WString& string2) noexcept;
+KELM_NODISCARD KELM_API bool operator>(const WString& string, const char16_t* pchText) noexcept;
+KELM_NODISCARD KELM_API bool operator>(const char16_t* pchText, const WString& string) noexcept;
+KELM_NODISCARD KELM_API bool operator>=(const WString& string1, const WString& string2) noexcept;
+KELM_NODISCARD KELM_API bool operator>=(const WString& string, const char16_t* pchText) noexcept;
+KELM_NODISCARD KELM_API bool operator>=(const char16_t* pchText, const WString& string) noexcept;
 #ifdef KELM_THREE_WAY
 /// What composites are ordered by: without it `<=>` would compare the addresses of the texts.
-inline std::weak_ordering operator<=>(const WString& string1, const WString& string2) noexcept {
+KELM_NODISCARD inline std::weak_ordering operator<=>(const WString& string1,
+                                                     const WString& string2) noexcept {
     return string1.Compare(string2) <=> 0;
 }
-inline std::weak_ordering operator<=>(const WString& string, const char16_t* pchText) noexcept {
+KELM_NODISCARD inline std::weak_ordering operator<=>(const WString& string,
+                                                     const char16_t* pchText) noexcept {
     return string.Compare(pchText) <=> 0;
 }
 #endif

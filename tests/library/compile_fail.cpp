@@ -54,6 +54,9 @@ void Use(Kelm& narrow, WString& wide) {
 #ifdef READ_AS_SHORT  // deleted
     narrow.To<short>();
 #endif
+#ifdef TRIMMED_IN_VAIN  // ignoring return value
+    narrow.Trim();
+#endif
 #ifdef ELEMENT_AS_REFERENCE  // lvalue required|not assignable
     narrow[0] = 'x';
 #endif
