@@ -302,15 +302,21 @@ public:
     /// included.
     /// @{
 
-    Kelm& Append(const Kelm& string) KELM_LIFETIMEBOUND;       ///< Appends the text.
-    Kelm& Append(char ch) KELM_LIFETIMEBOUND;                  ///< Appends one byte, NUL included.
-    Kelm& Append(const char* pchText) KELM_LIFETIMEBOUND;      ///< Appends up to the first NUL.
-    Kelm& operator+=(const Kelm& string) KELM_LIFETIMEBOUND;   ///< The same as `Append`.
-    Kelm& operator+=(char ch) KELM_LIFETIMEBOUND;              ///< The same as `Append`.
-    Kelm& operator+=(const char* pchText) KELM_LIFETIMEBOUND;  ///< The same as `Append`.
-    Kelm& operator<<(const Kelm& string) KELM_LIFETIMEBOUND;   ///< The same as `Append`.
-    Kelm& operator<<(char ch) KELM_LIFETIMEBOUND;              ///< The same as `Append`.
-    Kelm& operator<<(const char* pchText) KELM_LIFETIMEBOUND;  ///< The same as `Append`.
+    Kelm& Append(const Kelm& string) KELM_LIFETIMEBOUND;   ///< Appends the text.
+    Kelm& Append(char ch) KELM_LIFETIMEBOUND;              ///< Appends one byte, NUL included.
+    Kelm& Append(const char* pchText) KELM_LIFETIMEBOUND;  ///< Appends up to the first NUL.
+    /// The same as `Append`.
+    KELM_INLINE Kelm& operator+=(const Kelm& string) KELM_LIFETIMEBOUND { return Append(string); }
+    /// The same as `Append`.
+    KELM_INLINE Kelm& operator+=(char ch) KELM_LIFETIMEBOUND { return Append(ch); }
+    /// The same as `Append`.
+    KELM_INLINE Kelm& operator+=(const char* pchText) KELM_LIFETIMEBOUND { return Append(pchText); }
+    /// The same as `Append`.
+    KELM_INLINE Kelm& operator<<(const Kelm& string) KELM_LIFETIMEBOUND { return Append(string); }
+    /// The same as `Append`.
+    KELM_INLINE Kelm& operator<<(char ch) KELM_LIFETIMEBOUND { return Append(ch); }
+    /// The same as `Append`.
+    KELM_INLINE Kelm& operator<<(const char* pchText) KELM_LIFETIMEBOUND { return Append(pchText); }
 
     /// @}
     /// @name Searching
@@ -323,12 +329,16 @@ public:
     /// First character that is this byte, at or behind `nStart`. NUL is found at the end of a text
     /// that is not empty. A negative start counts as 0.
     KELM_NODISCARD int Find(char ch, int nStart) const noexcept;
-    KELM_NODISCARD int Find(char ch) const noexcept;  ///< The same from 0.
+    /// The same from 0.
+    KELM_NODISCARD KELM_INLINE int Find(char ch) const noexcept { return Find(ch, 0); }
 
     /// First occurrence of the text at or behind `nStart`. An empty text is found at the start, up
     /// to the length. A negative start counts as 0.
     KELM_NODISCARD int Find(const char* pchText, int nStart) const noexcept;
-    KELM_NODISCARD int Find(const char* pchText) const noexcept;  ///< The same from 0.
+    /// The same from 0.
+    KELM_NODISCARD KELM_INLINE int Find(const char* pchText) const noexcept {
+        return Find(pchText, 0);
+    }
 
     /// Last character that is this byte; NUL is found at the end.
     KELM_NODISCARD int ReverseFind(char ch) const noexcept;
@@ -423,11 +433,12 @@ public:
     /// inside longer characters, in place in a block that is private afterwards.
     /// @{
 
-    int Remove(const char* pchText);  ///< Removes every occurrence, as `Replace` finds them.
-    int Remove(char ch);              ///< Removes every byte equal to `ch`.
-    int RemoveSpace();                ///< Removes every byte of white space.
-    int RemovePunctuation();          ///< Removes every byte of punctuation.
-    int RemoveControl();              ///< Removes every control byte, NUL included.
+    /// Removes every occurrence, as `Replace` finds them.
+    KELM_INLINE int Remove(const char* pchText) { return Replace(pchText, nullptr); }
+    int Remove(char ch);      ///< Removes every byte equal to `ch`.
+    int RemoveSpace();        ///< Removes every byte of white space.
+    int RemovePunctuation();  ///< Removes every byte of punctuation.
+    int RemoveControl();      ///< Removes every control byte, NUL included.
 
     /// Removes every occurrence, case ignored, until none is left: those that a removal forms as
     /// well. Ends at the first NUL. With a hit the value moves to a block of exactly its length,
@@ -535,10 +546,21 @@ public:
     T To() const noexcept = delete;
 
     /// The digits of the number. Capacity 32.
-    KELM_NODISCARD static Kelm From(int nValue);
-    KELM_NODISCARD static Kelm From(long nValue);                ///< As for `int`, every digit.
-    KELM_NODISCARD static Kelm From(unsigned int nValue);        ///< As for `int`.
-    KELM_NODISCARD static Kelm From(unsigned long nValue);       ///< As for `int`, every digit.
+    KELM_NODISCARD KELM_INLINE static Kelm From(int nValue) {
+        return From(static_cast<long long>(nValue));
+    }
+    /// As for `int`, every digit.
+    KELM_NODISCARD KELM_INLINE static Kelm From(long nValue) {
+        return From(static_cast<long long>(nValue));
+    }
+    /// As for `int`.
+    KELM_NODISCARD KELM_INLINE static Kelm From(unsigned int nValue) {
+        return From(static_cast<unsigned long long>(nValue));
+    }
+    /// As for `int`, every digit.
+    KELM_NODISCARD KELM_INLINE static Kelm From(unsigned long nValue) {
+        return From(static_cast<unsigned long long>(nValue));
+    }
     KELM_NODISCARD static Kelm From(long long nValue);           ///< As for `int`.
     KELM_NODISCARD static Kelm From(unsigned long long nValue);  ///< As for `int`.
 
@@ -692,9 +714,6 @@ private:
 
     void CopyUnshared(const Kelm& stringSrc);
     void DestroyUnshared();
-    KELM_LOCAL void SetLength(int nLen);
-    KELM_LOCAL void CutLeft(const char* pchFirst);
-    KELM_LOCAL int CutRight(const char* pchEnd);
     template <class Test>
     KELM_LOCAL void TrimRightWhere(Test test);
     template <class Search>
@@ -711,23 +730,41 @@ private:
 
 /// @cond
 template <>
-KELM_NODISCARD KELM_API int Kelm::To<int>() const noexcept;
+KELM_NODISCARD inline KELM_INLINE int Kelm::To<int>() const noexcept {
+    return Int();
+}
 template <>
-KELM_NODISCARD KELM_API unsigned int Kelm::To<unsigned int>() const noexcept;
+KELM_NODISCARD inline KELM_INLINE unsigned int Kelm::To<unsigned int>() const noexcept {
+    return static_cast<unsigned int>(Int());
+}
 template <>
-KELM_NODISCARD KELM_API long Kelm::To<long>() const noexcept;
+KELM_NODISCARD inline KELM_INLINE long Kelm::To<long>() const noexcept {
+    return Long();
+}
 template <>
-KELM_NODISCARD KELM_API unsigned long Kelm::To<unsigned long>() const noexcept;
+KELM_NODISCARD inline KELM_INLINE unsigned long Kelm::To<unsigned long>() const noexcept {
+    return static_cast<std::uint32_t>(Long());
+}
 template <>
-KELM_NODISCARD KELM_API long long Kelm::To<long long>() const noexcept;
+KELM_NODISCARD inline KELM_INLINE long long Kelm::To<long long>() const noexcept {
+    return Int64();
+}
 template <>
-KELM_NODISCARD KELM_API unsigned long long Kelm::To<unsigned long long>() const noexcept;
+KELM_NODISCARD inline KELM_INLINE unsigned long long Kelm::To<unsigned long long>() const noexcept {
+    return static_cast<unsigned long long>(Int64());
+}
 template <>
-KELM_NODISCARD KELM_API double Kelm::To<double>() const noexcept;
+KELM_NODISCARD inline KELM_INLINE double Kelm::To<double>() const noexcept {
+    return Double();
+}
 template <>
-KELM_NODISCARD KELM_API float Kelm::To<float>() const noexcept;
+KELM_NODISCARD inline KELM_INLINE float Kelm::To<float>() const noexcept {
+    return static_cast<float>(Double());
+}
 template <>
-KELM_NODISCARD KELM_API bool Kelm::To<bool>() const noexcept;
+KELM_NODISCARD inline KELM_INLINE bool Kelm::To<bool>() const noexcept {
+    return Bool();
+}
 /// @endcond
 
 /// @name Joining narrow text
@@ -751,22 +788,66 @@ KELM_NODISCARD KELM_API Kelm operator+(const char* pchText, const Kelm& string);
 /// The sign of `Kelm::Compare`, the pointer being the smaller where it is null.
 KELM_NODISCARD KELM_API bool operator==(const Kelm& string1, const Kelm& string2) noexcept;
 KELM_NODISCARD KELM_API bool operator==(const Kelm& string, const char* pchText) noexcept;
-KELM_NODISCARD KELM_API bool operator==(const char* pchText, const Kelm& string) noexcept;
-KELM_NODISCARD KELM_API bool operator!=(const Kelm& string1, const Kelm& string2) noexcept;
-KELM_NODISCARD KELM_API bool operator!=(const Kelm& string, const char* pchText) noexcept;
-KELM_NODISCARD KELM_API bool operator!=(const char* pchText, const Kelm& string) noexcept;
-KELM_NODISCARD KELM_API bool operator<(const Kelm& string1, const Kelm& string2) noexcept;
-KELM_NODISCARD KELM_API bool operator<(const Kelm& string, const char* pchText) noexcept;
-KELM_NODISCARD KELM_API bool operator<(const char* pchText, const Kelm& string) noexcept;
-KELM_NODISCARD KELM_API bool operator<=(const Kelm& string1, const Kelm& string2) noexcept;
-KELM_NODISCARD KELM_API bool operator<=(const Kelm& string, const char* pchText) noexcept;
-KELM_NODISCARD KELM_API bool operator<=(const char* pchText, const Kelm& string) noexcept;
-KELM_NODISCARD KELM_API bool operator>(const Kelm& string1, const Kelm& string2) noexcept;
-KELM_NODISCARD KELM_API bool operator>(const Kelm& string, const char* pchText) noexcept;
-KELM_NODISCARD KELM_API bool operator>(const char* pchText, const Kelm& string) noexcept;
-KELM_NODISCARD KELM_API bool operator>=(const Kelm& string1, const Kelm& string2) noexcept;
-KELM_NODISCARD KELM_API bool operator>=(const Kelm& string, const char* pchText) noexcept;
-KELM_NODISCARD KELM_API bool operator>=(const char* pchText, const Kelm& string) noexcept;
+KELM_NODISCARD inline KELM_INLINE bool operator==(const char* pchText,
+                                                  const Kelm& string) noexcept {
+    return string == pchText;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator!=(const Kelm& string1,
+                                                  const Kelm& string2) noexcept {
+    return !(string1 == string2);
+}
+KELM_NODISCARD inline KELM_INLINE bool operator!=(const Kelm& string,
+                                                  const char* pchText) noexcept {
+    return !(string == pchText);
+}
+KELM_NODISCARD inline KELM_INLINE bool operator!=(const char* pchText,
+                                                  const Kelm& string) noexcept {
+    return !(string == pchText);
+}
+KELM_NODISCARD inline KELM_INLINE bool operator<(const Kelm& string1,
+                                                 const Kelm& string2) noexcept {
+    return string1.Compare(string2) < 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator<(const Kelm& string, const char* pchText) noexcept {
+    return string.Compare(pchText) < 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator<(const char* pchText, const Kelm& string) noexcept {
+    return string.Compare(pchText) > 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator<=(const Kelm& string1,
+                                                  const Kelm& string2) noexcept {
+    return string1.Compare(string2) <= 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator<=(const Kelm& string,
+                                                  const char* pchText) noexcept {
+    return string.Compare(pchText) <= 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator<=(const char* pchText,
+                                                  const Kelm& string) noexcept {
+    return string.Compare(pchText) >= 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator>(const Kelm& string1,
+                                                 const Kelm& string2) noexcept {
+    return string1.Compare(string2) > 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator>(const Kelm& string, const char* pchText) noexcept {
+    return string.Compare(pchText) > 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator>(const char* pchText, const Kelm& string) noexcept {
+    return string.Compare(pchText) < 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator>=(const Kelm& string1,
+                                                  const Kelm& string2) noexcept {
+    return string1.Compare(string2) >= 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator>=(const Kelm& string,
+                                                  const char* pchText) noexcept {
+    return string.Compare(pchText) >= 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator>=(const char* pchText,
+                                                  const Kelm& string) noexcept {
+    return string.Compare(pchText) <= 0;
+}
 #ifdef KELM_THREE_WAY
 /// What composites are ordered by: without it `<=>` would compare the addresses of the texts.
 KELM_NODISCARD inline std::weak_ordering operator<=>(const Kelm& string1,
@@ -1022,12 +1103,26 @@ public:
     WString& Append(const WString& string) KELM_LIFETIMEBOUND;  ///< Appends the text.
     WString& Append(char16_t ch) KELM_LIFETIMEBOUND;            ///< Appends one unit, NUL included.
     WString& Append(const char16_t* pchText) KELM_LIFETIMEBOUND;  ///< Appends up to the first NUL.
-    WString& operator+=(const WString& string) KELM_LIFETIMEBOUND;    ///< The same as `Append`.
-    WString& operator+=(char16_t ch) KELM_LIFETIMEBOUND;              ///< The same as `Append`.
-    WString& operator+=(const char16_t* pchText) KELM_LIFETIMEBOUND;  ///< The same as `Append`.
-    WString& operator<<(const WString& string) KELM_LIFETIMEBOUND;    ///< The same as `Append`.
-    WString& operator<<(char16_t ch) KELM_LIFETIMEBOUND;              ///< The same as `Append`.
-    WString& operator<<(const char16_t* pchText) KELM_LIFETIMEBOUND;  ///< The same as `Append`.
+    /// The same as `Append`.
+    KELM_INLINE WString& operator+=(const WString& string) KELM_LIFETIMEBOUND {
+        return Append(string);
+    }
+    /// The same as `Append`.
+    KELM_INLINE WString& operator+=(char16_t ch) KELM_LIFETIMEBOUND { return Append(ch); }
+    /// The same as `Append`.
+    KELM_INLINE WString& operator+=(const char16_t* pchText) KELM_LIFETIMEBOUND {
+        return Append(pchText);
+    }
+    /// The same as `Append`.
+    KELM_INLINE WString& operator<<(const WString& string) KELM_LIFETIMEBOUND {
+        return Append(string);
+    }
+    /// The same as `Append`.
+    KELM_INLINE WString& operator<<(char16_t ch) KELM_LIFETIMEBOUND { return Append(ch); }
+    /// The same as `Append`.
+    KELM_INLINE WString& operator<<(const char16_t* pchText) KELM_LIFETIMEBOUND {
+        return Append(pchText);
+    }
 
     /// @}
     /// @name Concatenation of narrow text and numbers
@@ -1035,16 +1130,34 @@ public:
     /// unchanged.
     /// @{
 
-    WString& Append(const Kelm& string) KELM_LIFETIMEBOUND;      ///< Appends the decoded text.
-    WString& operator+=(const Kelm& string) KELM_LIFETIMEBOUND;  ///< Appends the decoded text.
-    WString& operator<<(const Kelm& string) KELM_LIFETIMEBOUND;  ///< Appends the decoded text.
+    WString& Append(const Kelm& string) KELM_LIFETIMEBOUND;  ///< Appends the decoded text.
+    /// Appends the decoded text.
+    KELM_INLINE WString& operator+=(const Kelm& string) KELM_LIFETIMEBOUND {
+        return Append(string);
+    }
+    /// Appends the decoded text.
+    KELM_INLINE WString& operator<<(const Kelm& string) KELM_LIFETIMEBOUND {
+        return Append(string);
+    }
     /// Appends the decoded text; null appends nothing.
     WString& operator<<(const char* pchText) KELM_LIFETIMEBOUND;
-    WString& operator<<(short nValue) KELM_LIFETIMEBOUND;           ///< Appends the digits.
-    WString& operator<<(unsigned short nValue) KELM_LIFETIMEBOUND;  ///< Appends the digits.
-    WString& operator<<(int nValue) KELM_LIFETIMEBOUND;             ///< Appends the digits.
-    WString& operator<<(unsigned int nValue) KELM_LIFETIMEBOUND;    ///< Appends the digits.
-    WString& operator<<(long nValue) KELM_LIFETIMEBOUND;            ///< Appends the digits.
+    /// Appends the digits.
+    KELM_INLINE WString& operator<<(short nValue) KELM_LIFETIMEBOUND {
+        return *this << static_cast<long>(nValue);
+    }
+    /// Appends the digits.
+    KELM_INLINE WString& operator<<(unsigned short nValue) KELM_LIFETIMEBOUND {
+        return *this << static_cast<long>(nValue);
+    }
+    /// Appends the digits.
+    KELM_INLINE WString& operator<<(int nValue) KELM_LIFETIMEBOUND {
+        return *this << static_cast<long>(nValue);
+    }
+    /// Appends the digits.
+    KELM_INLINE WString& operator<<(unsigned int nValue) KELM_LIFETIMEBOUND {
+        return *this << static_cast<long>(nValue);
+    }
+    WString& operator<<(long nValue) KELM_LIFETIMEBOUND;  ///< Appends the digits.
 
     /// @}
     /// @name Searching
@@ -1056,12 +1169,16 @@ public:
     /// First unit equal to `ch` at or behind `nStart`. NUL is found at the end of a text that is
     /// not empty. A negative start counts as 0.
     KELM_NODISCARD int Find(char16_t ch, int nStart) const noexcept;
-    KELM_NODISCARD int Find(char16_t ch) const noexcept;  ///< The same from 0.
+    /// The same from 0.
+    KELM_NODISCARD KELM_INLINE int Find(char16_t ch) const noexcept { return Find(ch, 0); }
 
     /// First occurrence of the text at or behind `nStart`. An empty text is found at the start, up
     /// to the length. A negative start counts as 0.
     KELM_NODISCARD int Find(const char16_t* pchText, int nStart) const noexcept;
-    KELM_NODISCARD int Find(const char16_t* pchText) const noexcept;  ///< The same from 0.
+    /// The same from 0.
+    KELM_NODISCARD KELM_INLINE int Find(const char16_t* pchText) const noexcept {
+        return Find(pchText, 0);
+    }
 
     /// Last unit equal to `ch`; NUL is found at the end.
     KELM_NODISCARD int ReverseFind(char16_t ch) const noexcept;
@@ -1138,11 +1255,12 @@ public:
     /// that is private afterwards.
     /// @{
 
-    int Remove(const char16_t* pchText);  ///< Removes every occurrence, as `Replace` finds them.
-    int Remove(char16_t ch);              ///< Removes every unit equal to `ch`.
-    int RemoveSpace();                    ///< Removes every unit of white space.
-    int RemovePunctuation();              ///< Removes every unit of punctuation.
-    int RemoveControl();                  ///< Removes every control unit, NUL included.
+    /// Removes every occurrence, as `Replace` finds them.
+    KELM_INLINE int Remove(const char16_t* pchText) { return Replace(pchText, nullptr); }
+    int Remove(char16_t ch);  ///< Removes every unit equal to `ch`.
+    int RemoveSpace();        ///< Removes every unit of white space.
+    int RemovePunctuation();  ///< Removes every unit of punctuation.
+    int RemoveControl();      ///< Removes every control unit, NUL included.
 
     /// Removes every occurrence, case ignored, until none is left: those that a removal forms as
     /// well. Ends at the first NUL. With a hit the value moves to a block of exactly its length,
@@ -1177,10 +1295,21 @@ public:
     KELM_NODISCARD double Double() const noexcept;
 
     /// The digits of the number. Capacity 32.
-    KELM_NODISCARD static WString From(int nValue);
-    KELM_NODISCARD static WString From(long nValue);                ///< As for `int`, every digit.
-    KELM_NODISCARD static WString From(unsigned int nValue);        ///< As for `int`.
-    KELM_NODISCARD static WString From(unsigned long nValue);       ///< As for `int`, every digit.
+    KELM_NODISCARD KELM_INLINE static WString From(int nValue) {
+        return From(static_cast<long long>(nValue));
+    }
+    /// As for `int`, every digit.
+    KELM_NODISCARD KELM_INLINE static WString From(long nValue) {
+        return From(static_cast<long long>(nValue));
+    }
+    /// As for `int`.
+    KELM_NODISCARD KELM_INLINE static WString From(unsigned int nValue) {
+        return From(static_cast<unsigned long long>(nValue));
+    }
+    /// As for `int`, every digit.
+    KELM_NODISCARD KELM_INLINE static WString From(unsigned long nValue) {
+        return From(static_cast<unsigned long long>(nValue));
+    }
     KELM_NODISCARD static WString From(long long nValue);           ///< As for `int`.
     KELM_NODISCARD static WString From(unsigned long long nValue);  ///< As for `int`.
 
@@ -1224,7 +1353,8 @@ public:
     /// Decodes the text up to its first NUL. The pointer must not be null.
     KELM_NODISCARD static WString FromCodePage(const char* pchText, unsigned int nCodePage);
 
-    KELM_NODISCARD Kelm ToKelm() const;  ///< Encodes the whole text for the process.
+    /// Encodes the whole text for the process.
+    KELM_NODISCARD KELM_INLINE Kelm ToKelm() const { return ToKelm(0); }
     KELM_NODISCARD Kelm ToKelm(unsigned int nCodePage) const;  ///< Encodes the whole text.
 
     /// @}
@@ -1311,9 +1441,6 @@ private:
 
     void CopyUnshared(const WString& stringSrc);
     void DestroyUnshared();
-    KELM_LOCAL void SetLength(int nLen);
-    KELM_LOCAL void CutLeft(const char16_t* pchFirst);
-    KELM_LOCAL int CutRight(const char16_t* pchEnd);
     template <class Test>
     KELM_LOCAL void TrimRightWhere(Test test);
     KELM_LOCAL int RemoveJoining(int nUpper, const char16_t* pchUpper);
@@ -1355,22 +1482,70 @@ WString operator+(const Kelm& string1, const WString& string2) = delete;
 /// The sign of `WString::Compare`, the pointer being the smaller where it is null.
 KELM_NODISCARD KELM_API bool operator==(const WString& string1, const WString& string2) noexcept;
 KELM_NODISCARD KELM_API bool operator==(const WString& string, const char16_t* pchText) noexcept;
-KELM_NODISCARD KELM_API bool operator==(const char16_t* pchText, const WString& string) noexcept;
-KELM_NODISCARD KELM_API bool operator!=(const WString& string1, const WString& string2) noexcept;
-KELM_NODISCARD KELM_API bool operator!=(const WString& string, const char16_t* pchText) noexcept;
-KELM_NODISCARD KELM_API bool operator!=(const char16_t* pchText, const WString& string) noexcept;
-KELM_NODISCARD KELM_API bool operator<(const WString& string1, const WString& string2) noexcept;
-KELM_NODISCARD KELM_API bool operator<(const WString& string, const char16_t* pchText) noexcept;
-KELM_NODISCARD KELM_API bool operator<(const char16_t* pchText, const WString& string) noexcept;
-KELM_NODISCARD KELM_API bool operator<=(const WString& string1, const WString& string2) noexcept;
-KELM_NODISCARD KELM_API bool operator<=(const WString& string, const char16_t* pchText) noexcept;
-KELM_NODISCARD KELM_API bool operator<=(const char16_t* pchText, const WString& string) noexcept;
-KELM_NODISCARD KELM_API bool operator>(const WString& string1, const WString& string2) noexcept;
-KELM_NODISCARD KELM_API bool operator>(const WString& string, const char16_t* pchText) noexcept;
-KELM_NODISCARD KELM_API bool operator>(const char16_t* pchText, const WString& string) noexcept;
-KELM_NODISCARD KELM_API bool operator>=(const WString& string1, const WString& string2) noexcept;
-KELM_NODISCARD KELM_API bool operator>=(const WString& string, const char16_t* pchText) noexcept;
-KELM_NODISCARD KELM_API bool operator>=(const char16_t* pchText, const WString& string) noexcept;
+KELM_NODISCARD inline KELM_INLINE bool operator==(const char16_t* pchText,
+                                                  const WString& string) noexcept {
+    return string == pchText;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator!=(const WString& string1,
+                                                  const WString& string2) noexcept {
+    return !(string1 == string2);
+}
+KELM_NODISCARD inline KELM_INLINE bool operator!=(const WString& string,
+                                                  const char16_t* pchText) noexcept {
+    return !(string == pchText);
+}
+KELM_NODISCARD inline KELM_INLINE bool operator!=(const char16_t* pchText,
+                                                  const WString& string) noexcept {
+    return !(string == pchText);
+}
+KELM_NODISCARD inline KELM_INLINE bool operator<(const WString& string1,
+                                                 const WString& string2) noexcept {
+    return string1.Compare(string2) < 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator<(const WString& string,
+                                                 const char16_t* pchText) noexcept {
+    return string.Compare(pchText) < 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator<(const char16_t* pchText,
+                                                 const WString& string) noexcept {
+    return string.Compare(pchText) > 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator<=(const WString& string1,
+                                                  const WString& string2) noexcept {
+    return string1.Compare(string2) <= 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator<=(const WString& string,
+                                                  const char16_t* pchText) noexcept {
+    return string.Compare(pchText) <= 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator<=(const char16_t* pchText,
+                                                  const WString& string) noexcept {
+    return string.Compare(pchText) >= 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator>(const WString& string1,
+                                                 const WString& string2) noexcept {
+    return string1.Compare(string2) > 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator>(const WString& string,
+                                                 const char16_t* pchText) noexcept {
+    return string.Compare(pchText) > 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator>(const char16_t* pchText,
+                                                 const WString& string) noexcept {
+    return string.Compare(pchText) < 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator>=(const WString& string1,
+                                                  const WString& string2) noexcept {
+    return string1.Compare(string2) >= 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator>=(const WString& string,
+                                                  const char16_t* pchText) noexcept {
+    return string.Compare(pchText) >= 0;
+}
+KELM_NODISCARD inline KELM_INLINE bool operator>=(const char16_t* pchText,
+                                                  const WString& string) noexcept {
+    return string.Compare(pchText) <= 0;
+}
 #ifdef KELM_THREE_WAY
 /// What composites are ordered by: without it `<=>` would compare the addresses of the texts.
 KELM_NODISCARD inline std::weak_ordering operator<=>(const WString& string1,

@@ -298,30 +298,6 @@ Kelm& Kelm::Append(const char* pchText) {
     return *this;
 }
 
-Kelm& Kelm::operator+=(const Kelm& string) {
-    return Append(string);
-}
-
-Kelm& Kelm::operator+=(char ch) {
-    return Append(ch);
-}
-
-Kelm& Kelm::operator+=(const char* pchText) {
-    return Append(pchText);
-}
-
-Kelm& Kelm::operator<<(const Kelm& string) {
-    return Append(string);
-}
-
-Kelm& Kelm::operator<<(char ch) {
-    return Append(ch);
-}
-
-Kelm& Kelm::operator<<(const char* pchText) {
-    return Append(pchText);
-}
-
 int Kelm::Find(char ch, int nStart) const noexcept {
     nStart = std::max(nStart, 0);
     if (nStart >= GetLength()) {
@@ -340,10 +316,6 @@ int Kelm::Find(char ch, int nStart) const noexcept {
         m_pchData, searching::narrow(page, pchStart, m_pchData + GetLength(), 1, find));
 }
 
-int Kelm::Find(char ch) const noexcept {
-    return Find(ch, 0);
-}
-
 int Kelm::Find(const char* pchText, int nStart) const noexcept {
     nStart = std::max(nStart, 0);
     if (nStart > GetLength() || pchText == nullptr) {
@@ -357,10 +329,6 @@ int Kelm::Find(const char* pchText, int nStart) const noexcept {
     };
     return searching::index<char>(
         m_pchData, searching::narrow(page, pchStart, m_pchData + GetLength(), nLen, find));
-}
-
-int Kelm::Find(const char* pchText) const noexcept {
-    return Find(pchText, 0);
 }
 
 int Kelm::ReverseFind(char ch) const noexcept {
@@ -507,7 +475,7 @@ void Kelm::TrimRightWhere(Test test) {
         pchRun = platform::trailing_run(*platform::process_code_page(), m_pchData, pchRun, aTest);
     }
     if (pchRun != pchEnd) {
-        SetLength(distance<char>(m_pchData, pchRun));
+        storage::set_length(m_pchData, distance<char>(m_pchData, pchRun));
     }
 }
 
@@ -519,7 +487,7 @@ void Kelm::TrimLeft() {
     while (space.Has(*pch)) {
         pch = platform::_mbsinc(page, pch);
     }
-    CutLeft(pch);
+    storage::cut_left(m_pchData, pch);
 }
 
 void Kelm::TrimLeft(char ch) {
@@ -530,7 +498,7 @@ void Kelm::TrimLeft(char ch) {
     while (pch < pchEnd && *pch == ch) {
         pch += step(page, pch);
     }
-    CutLeft(pch);
+    storage::cut_left(m_pchData, pch);
 }
 
 void Kelm::TrimLeft(const char* pchSet) {
@@ -544,11 +512,7 @@ void Kelm::TrimLeft(const char* pchSet) {
     while (*pch != '\0' && set.Has(*pch)) {
         pch = platform::_mbsinc(page, pch);
     }
-    CutLeft(pch);
-}
-
-void Kelm::CutLeft(const char* pchFirst) {
-    storage::cut_left(m_pchData, pchFirst);
+    storage::cut_left(m_pchData, pch);
 }
 
 Kelm Kelm::Trim() const {
@@ -595,35 +559,31 @@ int Kelm::Replace(const char* pchOld, const char* pchNew) {
                                     pchNew == nullptr ? 0 : length_of(replacement), search);
 }
 
-int Kelm::Remove(const char* pchText) {
-    return Replace(pchText, nullptr);
-}
-
 int Kelm::Remove(char ch) {
     CopyBeforeWrite();
-    return CutRight(platform::remove_unit(m_pchData, m_pchData + GetLength(), ch));
+    return storage::cut_right(m_pchData,
+                              platform::remove_unit(m_pchData, m_pchData + GetLength(), ch));
 }
 
 int Kelm::RemoveSpace() {
     CopyBeforeWrite();
-    return CutRight(
+    return storage::cut_right(
+        m_pchData,
         platform::remove_class(platform::ByteClass::Space(), m_pchData, m_pchData + GetLength()));
 }
 
 int Kelm::RemovePunctuation() {
     CopyBeforeWrite();
-    return CutRight(platform::remove_class(platform::ByteClass::Punctuation(), m_pchData,
-                                           m_pchData + GetLength()));
+    return storage::cut_right(m_pchData,
+                              platform::remove_class(platform::ByteClass::Punctuation(), m_pchData,
+                                                     m_pchData + GetLength()));
 }
 
 int Kelm::RemoveControl() {
     CopyBeforeWrite();
-    return CutRight(
+    return storage::cut_right(
+        m_pchData,
         platform::remove_class(platform::ByteClass::Control(), m_pchData, m_pchData + GetLength()));
-}
-
-int Kelm::CutRight(const char* pchEnd) {
-    return storage::cut_right(m_pchData, pchEnd);
 }
 
 int Kelm::Insert(int nIndex, char ch) {
@@ -651,8 +611,9 @@ int Kelm::Delete(int nIndex, int nCount) {
     if (nCount > 0 && nIndex < nLength) {
         CopyBeforeWrite();
         const int nBehind = nIndex + std::min(nCount, nLength - nIndex);
-        SetLength(distance(m_pchData,
-                           carry(m_pchData + nIndex, m_pchData + nBehind, m_pchData + nLength)));
+        storage::set_length(m_pchData,
+                            distance(m_pchData, carry(m_pchData + nIndex, m_pchData + nBehind,
+                                                      m_pchData + nLength)));
     }
     return nLength;
 }
@@ -678,7 +639,7 @@ void Kelm::Repeat(const char* pchText, int nCount) {
         std::memcpy(pchFirst + nDone, pchFirst, static_cast<std::size_t>(nNext));
         nDone += nNext;
     }
-    SetLength(nOldLength + nAdded);
+    storage::set_length(m_pchData, nOldLength + nAdded);
 }
 
 Kelm Kelm::FromRepeat(char ch, int nCount) {
@@ -801,72 +762,11 @@ double Kelm::Double() const noexcept {
     return platform::atof(m_pchData);
 }
 
-template <>
-int Kelm::To<int>() const noexcept {
-    return Int();
-}
-
-template <>
-unsigned int Kelm::To<unsigned int>() const noexcept {
-    return static_cast<unsigned int>(Int());
-}
-
-template <>
-long Kelm::To<long>() const noexcept {
-    return Long();
-}
-
-template <>
-unsigned long Kelm::To<unsigned long>() const noexcept {
-    return static_cast<std::uint32_t>(Long());
-}
-
-template <>
-long long Kelm::To<long long>() const noexcept {
-    return Int64();
-}
-
-template <>
-unsigned long long Kelm::To<unsigned long long>() const noexcept {
-    return static_cast<unsigned long long>(Int64());
-}
-
-template <>
-double Kelm::To<double>() const noexcept {
-    return Double();
-}
-
-template <>
-float Kelm::To<float>() const noexcept {
-    return static_cast<float>(Double());
-}
-
-template <>
-bool Kelm::To<bool>() const noexcept {
-    return Bool();
-}
-
 /// The capacities of numbers are those of the formats "%d" and "%g".
 Kelm Kelm::FromDigits(int nLen, const char* pchDigits, int nCapacity) {
     Kelm text;
     storage::with_capacity(text.m_pchData, pchDigits, nLen, nCapacity);
     return text;
-}
-
-Kelm Kelm::From(int nValue) {
-    return From(static_cast<long long>(nValue));
-}
-
-Kelm Kelm::From(long nValue) {
-    return From(static_cast<long long>(nValue));
-}
-
-Kelm Kelm::From(unsigned int nValue) {
-    return From(static_cast<unsigned long long>(nValue));
-}
-
-Kelm Kelm::From(unsigned long nValue) {
-    return From(static_cast<unsigned long long>(nValue));
 }
 
 Kelm Kelm::From(long long nValue) {
@@ -1107,10 +1007,6 @@ int Kelm::VFormat(char* pchDest, const char* pchFormat, va_list argList) {
     return platform::vsprintf(pchDest, INT_MAX, pchFormat, argList);
 }
 
-void Kelm::SetLength(int nLen) {
-    storage::set_length(m_pchData, nLen);
-}
-
 Kelm Kelm::Join(int nLen1, const char* pch1, int nLen2, const char* pch2) {
     Kelm text;
     text.ConcatCopy(nLen1, pch1, nLen2, pch2);
@@ -1143,68 +1039,4 @@ bool operator==(const Kelm& string1, const Kelm& string2) noexcept {
 
 bool operator==(const Kelm& string, const char* pchText) noexcept {
     return order::equal<char>(string, pchText);
-}
-
-bool operator==(const char* pchText, const Kelm& string) noexcept {
-    return order::equal<char>(string, pchText);
-}
-
-bool operator!=(const Kelm& string1, const Kelm& string2) noexcept {
-    return !order::equal<char>(string1, string1.GetLength(), string2, string2.GetLength());
-}
-
-bool operator!=(const Kelm& string, const char* pchText) noexcept {
-    return !order::equal<char>(string, pchText);
-}
-
-bool operator!=(const char* pchText, const Kelm& string) noexcept {
-    return !order::equal<char>(string, pchText);
-}
-
-bool operator<(const Kelm& string1, const Kelm& string2) noexcept {
-    return string1.Compare(string2) < 0;
-}
-
-bool operator<(const Kelm& string, const char* pchText) noexcept {
-    return string.Compare(pchText) < 0;
-}
-
-bool operator<(const char* pchText, const Kelm& string) noexcept {
-    return string.Compare(pchText) > 0;
-}
-
-bool operator<=(const Kelm& string1, const Kelm& string2) noexcept {
-    return string1.Compare(string2) <= 0;
-}
-
-bool operator<=(const Kelm& string, const char* pchText) noexcept {
-    return string.Compare(pchText) <= 0;
-}
-
-bool operator<=(const char* pchText, const Kelm& string) noexcept {
-    return string.Compare(pchText) >= 0;
-}
-
-bool operator>(const Kelm& string1, const Kelm& string2) noexcept {
-    return string1.Compare(string2) > 0;
-}
-
-bool operator>(const Kelm& string, const char* pchText) noexcept {
-    return string.Compare(pchText) > 0;
-}
-
-bool operator>(const char* pchText, const Kelm& string) noexcept {
-    return string.Compare(pchText) < 0;
-}
-
-bool operator>=(const Kelm& string1, const Kelm& string2) noexcept {
-    return string1.Compare(string2) >= 0;
-}
-
-bool operator>=(const Kelm& string, const char* pchText) noexcept {
-    return string.Compare(pchText) >= 0;
-}
-
-bool operator>=(const char* pchText, const Kelm& string) noexcept {
-    return string.Compare(pchText) <= 0;
 }

@@ -184,60 +184,12 @@ WString& WString::Append(const char16_t* pchText) {
     return *this;
 }
 
-WString& WString::operator+=(const WString& string) {
-    return Append(string);
-}
-
-WString& WString::operator+=(char16_t ch) {
-    return Append(ch);
-}
-
-WString& WString::operator+=(const char16_t* pchText) {
-    return Append(pchText);
-}
-
-WString& WString::operator<<(const WString& string) {
-    return Append(string);
-}
-
-WString& WString::operator<<(char16_t ch) {
-    return Append(ch);
-}
-
-WString& WString::operator<<(const char16_t* pchText) {
-    return Append(pchText);
-}
-
 WString& WString::Append(const Kelm& string) {
     return Append(WString(string));
 }
 
-WString& WString::operator+=(const Kelm& string) {
-    return Append(string);
-}
-
-WString& WString::operator<<(const Kelm& string) {
-    return Append(string);
-}
-
 WString& WString::operator<<(const char* pchText) {
     return Append(WString(pchText));
-}
-
-WString& WString::operator<<(short nValue) {
-    return *this << static_cast<long>(nValue);
-}
-
-WString& WString::operator<<(unsigned short nValue) {
-    return *this << static_cast<long>(nValue);
-}
-
-WString& WString::operator<<(int nValue) {
-    return *this << static_cast<long>(nValue);
-}
-
-WString& WString::operator<<(unsigned int nValue) {
-    return *this << static_cast<long>(nValue);
 }
 
 WString& WString::operator<<(long nValue) {
@@ -262,10 +214,6 @@ int WString::Find(char16_t ch, int nStart) const noexcept {
     return searching::index<char16_t>(m_pchData, searching::wide(pchStart, pchEnd, 1, find));
 }
 
-int WString::Find(char16_t ch) const noexcept {
-    return Find(ch, 0);
-}
-
 int WString::Find(const char16_t* pchText, int nStart) const noexcept {
     nStart = std::max(nStart, 0);
     if (nStart > GetLength() || pchText == nullptr) {
@@ -278,10 +226,6 @@ int WString::Find(const char16_t* pchText, int nStart) const noexcept {
     };
     return searching::index<char16_t>(
         m_pchData, searching::wide(pchStart, m_pchData + GetLength(), nLen, find));
-}
-
-int WString::Find(const char16_t* pchText) const noexcept {
-    return Find(pchText, 0);
 }
 
 int WString::ReverseFind(char16_t ch) const noexcept {
@@ -391,7 +335,7 @@ void WString::TrimRightWhere(Test test) {
         --pchRun;
     }
     if (pchRun != pchEnd) {
-        SetLength(distance(m_pchData, pchRun));
+        storage::set_length(m_pchData, distance(m_pchData, pchRun));
     }
 }
 
@@ -401,7 +345,7 @@ void WString::TrimLeft() {
     while (*pch != u'\0' && platform::iswspace(*pch)) {
         ++pch;
     }
-    CutLeft(pch);
+    storage::cut_left(m_pchData, pch);
 }
 
 void WString::TrimLeft(char16_t ch) {
@@ -411,7 +355,7 @@ void WString::TrimLeft(char16_t ch) {
     while (pch < pchEnd && *pch == ch) {
         ++pch;
     }
-    CutLeft(pch);
+    storage::cut_left(m_pchData, pch);
 }
 
 void WString::TrimLeft(const char16_t* pchSet) {
@@ -426,11 +370,7 @@ void WString::TrimLeft(const char16_t* pchSet) {
     while (*pch != u'\0' && platform::wcschr(pchFirst, pchLast, *pch) != nullptr) {
         ++pch;
     }
-    CutLeft(pch);
-}
-
-void WString::CutLeft(const char16_t* pchFirst) {
-    storage::cut_left(m_pchData, pchFirst);
+    storage::cut_left(m_pchData, pch);
 }
 
 WString WString::Trim() const {
@@ -461,32 +401,28 @@ int WString::Replace(const char16_t* pchOld, const char16_t* pchNew) {
                                         pchNew == nullptr ? 0 : length_of(replacement), search);
 }
 
-int WString::Remove(const char16_t* pchText) {
-    return Replace(pchText, nullptr);
-}
-
 int WString::Remove(char16_t ch) {
     CopyBeforeWrite();
-    return CutRight(platform::remove_unit(m_pchData, m_pchData + GetLength(), ch));
+    return storage::cut_right(m_pchData,
+                              platform::remove_unit(m_pchData, m_pchData + GetLength(), ch));
 }
 
 int WString::RemoveSpace() {
     CopyBeforeWrite();
-    return CutRight(platform::remove_space(m_pchData, m_pchData + GetLength()));
+    return storage::cut_right(m_pchData,
+                              platform::remove_space(m_pchData, m_pchData + GetLength()));
 }
 
 int WString::RemovePunctuation() {
     CopyBeforeWrite();
-    return CutRight(platform::remove_punctuation(m_pchData, m_pchData + GetLength()));
+    return storage::cut_right(m_pchData,
+                              platform::remove_punctuation(m_pchData, m_pchData + GetLength()));
 }
 
 int WString::RemoveControl() {
     CopyBeforeWrite();
-    return CutRight(platform::remove_control(m_pchData, m_pchData + GetLength()));
-}
-
-int WString::CutRight(const char16_t* pchEnd) {
-    return storage::cut_right(m_pchData, pchEnd);
+    return storage::cut_right(m_pchData,
+                              platform::remove_control(m_pchData, m_pchData + GetLength()));
 }
 
 int WString::NCRemove(const char16_t* pchText) {
@@ -591,22 +527,6 @@ WString WString::FromDigits(int nLen, const char16_t* pchDigits, int nCapacity) 
     return text;
 }
 
-WString WString::From(int nValue) {
-    return From(static_cast<long long>(nValue));
-}
-
-WString WString::From(long nValue) {
-    return From(static_cast<long long>(nValue));
-}
-
-WString WString::From(unsigned int nValue) {
-    return From(static_cast<unsigned long long>(nValue));
-}
-
-WString WString::From(unsigned long nValue) {
-    return From(static_cast<unsigned long long>(nValue));
-}
-
 WString WString::From(long long nValue) {
     char16_t szDigits[20];
     return FromDigits(platform::print_integer(szDigits, nValue), szDigits, 32);
@@ -657,10 +577,6 @@ WString WString::FromCodePage(const Kelm& string, unsigned int nCodePage) {
 WString WString::FromCodePage(const char* pchText, unsigned int nCodePage) {
     return _FromCodePage(
         pchText, blocks::checked_length(static_cast<long long>(std::strlen(pchText))), nCodePage);
-}
-
-Kelm WString::ToKelm() const {
-    return ToKelm(0);
 }
 
 Kelm WString::ToKelm(unsigned int nCodePage) const {
@@ -729,10 +645,6 @@ WString WString::_FromCodePage(const char* pchText, int nLength, unsigned int nC
     return text;
 }
 
-void WString::SetLength(int nLen) {
-    storage::set_length(m_pchData, nLen);
-}
-
 WString WString::Join(int nLen1, const char16_t* pch1, int nLen2, const char16_t* pch2) {
     WString text;
     text.ConcatCopy(nLen1, pch1, nLen2, pch2);
@@ -782,68 +694,4 @@ bool operator==(const WString& string1, const WString& string2) noexcept {
 
 bool operator==(const WString& string, const char16_t* pchText) noexcept {
     return order::equal<char16_t>(string, pchText);
-}
-
-bool operator==(const char16_t* pchText, const WString& string) noexcept {
-    return order::equal<char16_t>(string, pchText);
-}
-
-bool operator!=(const WString& string1, const WString& string2) noexcept {
-    return !order::equal<char16_t>(string1, string1.GetLength(), string2, string2.GetLength());
-}
-
-bool operator!=(const WString& string, const char16_t* pchText) noexcept {
-    return !order::equal<char16_t>(string, pchText);
-}
-
-bool operator!=(const char16_t* pchText, const WString& string) noexcept {
-    return !order::equal<char16_t>(string, pchText);
-}
-
-bool operator<(const WString& string1, const WString& string2) noexcept {
-    return string1.Compare(string2) < 0;
-}
-
-bool operator<(const WString& string, const char16_t* pchText) noexcept {
-    return string.Compare(pchText) < 0;
-}
-
-bool operator<(const char16_t* pchText, const WString& string) noexcept {
-    return string.Compare(pchText) > 0;
-}
-
-bool operator<=(const WString& string1, const WString& string2) noexcept {
-    return string1.Compare(string2) <= 0;
-}
-
-bool operator<=(const WString& string, const char16_t* pchText) noexcept {
-    return string.Compare(pchText) <= 0;
-}
-
-bool operator<=(const char16_t* pchText, const WString& string) noexcept {
-    return string.Compare(pchText) >= 0;
-}
-
-bool operator>(const WString& string1, const WString& string2) noexcept {
-    return string1.Compare(string2) > 0;
-}
-
-bool operator>(const WString& string, const char16_t* pchText) noexcept {
-    return string.Compare(pchText) > 0;
-}
-
-bool operator>(const char16_t* pchText, const WString& string) noexcept {
-    return string.Compare(pchText) < 0;
-}
-
-bool operator>=(const WString& string1, const WString& string2) noexcept {
-    return string1.Compare(string2) >= 0;
-}
-
-bool operator>=(const WString& string, const char16_t* pchText) noexcept {
-    return string.Compare(pchText) >= 0;
-}
-
-bool operator>=(const char16_t* pchText, const WString& string) noexcept {
-    return string.Compare(pchText) <= 0;
 }
