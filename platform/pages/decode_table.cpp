@@ -366,18 +366,6 @@ void table_decode(const DecodeTable& table, const char* source, std::size_t leng
     }
 }
 
-std::size_t table_last_sequence(const DecodeTable& table, const char* source,
-                                std::size_t length) noexcept {
-    constexpr std::ptrdiff_t kLongest = 4;
-    const char* const last = source + length;
-    const char* p = source;
-    while (last - p > kLongest) {
-        const char16_t entry = table.rows[0][static_cast<unsigned char>(*p)];
-        p += is_surrogate(entry) ? read_sequence(table, p, last, entry).bytes : 1;
-    }
-    return static_cast<std::size_t>(p - source);
-}
-
 std::size_t table_first_sequence(const DecodeTable& table, const char* text) noexcept {
     const char16_t root = table.rows[0][static_cast<unsigned char>(*text)];
     if (!is_surrogate(root)) {

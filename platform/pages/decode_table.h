@@ -45,12 +45,8 @@ std::size_t table_decoded_size(const DecodeTable& table, const char* source,
 void table_decode(const DecodeTable& table, const char* source, std::size_t length,
                   char16_t* destination, std::size_t size) noexcept;
 
-/// Where the last sequence of a text of at least 1 byte begins, or one close to it, by a table that
-/// is not streamed. What may go on behind the text is one sequence.
-std::size_t table_last_sequence(const DecodeTable& table, const char* source,
-                                std::size_t length) noexcept;
-
-/// Bytes of the first sequence of a terminated text that is not empty. Nothing behind it is read.
+/// Bytes of the first sequence of a terminated text that is not empty, by a table that is not
+/// streamed. Nothing behind it is read.
 std::size_t table_first_sequence(const DecodeTable& table, const char* text) noexcept;
 
 }  // namespace platform

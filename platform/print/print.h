@@ -12,8 +12,8 @@ int estimate(const char* format, va_list arguments);
 int estimate(const char16_t* format, va_list arguments);
 
 /// Prints at most `capacity` units and a terminator behind them; the result is the length of the
-/// whole text, which is larger than `capacity` where the text was cut. With a null destination
-/// nothing is written. Leaves `errno` as it found it. The caller's list does not move.
+/// whole text. Where that is larger than `capacity`, what was written is of no use. With a null
+/// destination nothing is written. Leaves `errno` as it found it. The caller's list does not move.
 int vsprintf(char* destination, int capacity, const char* format, va_list arguments);
 int _vswprintf(char16_t* destination, int capacity, const char16_t* format, va_list arguments);
 

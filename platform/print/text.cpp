@@ -3,6 +3,10 @@
 #include <wchar.h>
 
 #include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <new>
+#include <type_traits>
 
 #include "assertion.h"
 #include "pages/conversion.h"
@@ -15,44 +19,46 @@ namespace platform {
 
 namespace {
 
-constexpr std::size_t kChunk = 256;
-
 // What one unit of the other width can become, in the code page of any locale.
 constexpr std::size_t kMostPerUnit = 4;
 
-template <class Conversion, class Unit, class Other>
-std::size_t convert_by(const CodePage& page, const Other* text, std::size_t count,
-                       Unit* destination) {
-    const Conversion conversion(&page, text, static_cast<int>(count));
+// Of plain units at a time.
+constexpr std::size_t kRun = 64;
+
+template <class Unit>
+using ConversionTo =
+    typename std::conditional<std::is_same<Unit, char>::value, Encoding, Decoding>::type;
+
+/// Converts the whole text to where it is printed, unless it has no room there.
+template <class Unit, class Other>
+std::size_t put_all(Sink<Unit>& sink, const CodePage& page, const Other* text, std::size_t count) {
+    if (count > INT_MAX) {
+        throw std::bad_alloc();
+    }
+    const ConversionTo<Unit> conversion(&page, text, static_cast<int>(count));
+    const auto length = static_cast<std::size_t>(conversion.Size());
+    if (length > sink.Room()) {
+        sink.Fill(' ', length);
+    } else if (length != 0) {
+        sink.Advance(conversion.Write(sink.Next()));
+    }
+    return length;
+}
+
+/// The same for part of a text, to a buffer with room for all that it can become.
+template <class Unit, class Other>
+std::size_t convert(const CodePage& page, const Other* text, std::size_t count, Unit* destination) {
+    const ConversionTo<Unit> conversion(&page, text, static_cast<int>(count));
     require(static_cast<std::size_t>(conversion.Size()) <= count * kMostPerUnit,
             "conversion.Size() <= count * kMostPerUnit");
     return static_cast<std::size_t>(conversion.Write(destination));
 }
 
-std::size_t convert(const CodePage& page, const char16_t* text, std::size_t count,
-                    char* destination) {
-    return convert_by<Encoding>(page, text, count, destination);
-}
+// A precision is kept by whole characters, and nothing is read that it does not need: what it cuts
+// off need not be there. So the text goes character by character, plain ones by the run.
 
-std::size_t convert(const CodePage& page, const char* text, std::size_t count,
-                    char16_t* destination) {
-    return convert_by<Decoding>(page, text, count, destination);
-}
-
-// The next chunk of a text is as long as `most`, or ends in front of a NUL, or where a character
-// ends; it is empty only at the end. Nothing behind `most` is read, except for the rest of a
-// character: what a precision cuts off need not be there.
-
-std::size_t chunk_length(const CodePage&, const char16_t* text, std::size_t most) {
-    const std::size_t count = bounded_length(text, std::min(most, kChunk));
-    if (count == 0 || !is_high_surrogate(text[count - 1])) {
-        return count;
-    }
-    // Half a pair comes again with the next chunk, which it begins.
-    if (count > 1) {
-        return count - 1;
-    }
-    return is_low_surrogate(text[1]) ? 2 : 1;
+std::size_t first_sequence(const CodePage&, const char16_t* text) {
+    return is_high_surrogate(text[0]) && is_low_surrogate(text[1]) ? 2 : 1;
 }
 
 /// Bytes of the first sequence as a decoder sees it, ill-formed or not.
@@ -87,24 +93,6 @@ std::size_t first_by_locale(const char* text) {
     return length == kIncomplete ? count : length;
 }
 
-std::size_t last_by_locale(const char* text, std::size_t count) {
-    std::size_t start = 0;
-    for (std::size_t length = 0; length < count - start;) {
-        start += length;
-        length = sequence_by_locale(text + start, count - start);
-    }
-    return start;
-}
-
-std::size_t last_in_utf8(const char* text, std::size_t count) {
-    for (std::size_t end = count; end > 0 && end + 4 > count; --end) {
-        if (!is_utf8_continuation(text[end - 1])) {
-            return end - 1;
-        }
-    }
-    return count;
-}
-
 const DecodeTable* table_of(const CodePage& page) {
     const DecodeTable* table = page.grouping == Grouping::Other ? decode_table(page) : nullptr;
     return table != nullptr && !table->isStreamed ? table : nullptr;
@@ -126,60 +114,35 @@ std::size_t first_sequence(const CodePage& page, const char* text) {
     return _mbclen(page, text);
 }
 
-/// Where the last sequence within `count` bytes begins, be it complete or not.
-std::size_t last_sequence(const CodePage& page, const char* text, std::size_t count) {
-    if (const DecodeTable* table = table_of(page)) {
-        return table_last_sequence(*table, text, count);
+template <class Other>
+std::size_t plain_run(const Other* text, std::size_t most) {
+    std::size_t count = 0;
+    while (count < std::min(most, kRun) && static_cast<unsigned>(text[count]) - 1U < 0x7FU) {
+        ++count;
     }
-    switch (page.grouping) {
-        case Grouping::Utf8:
-            return last_in_utf8(text, count);
-        case Grouping::Other:
-            return last_by_locale(text, count);
-        case Grouping::SingleByte:
-        case Grouping::DoubleByte:
-            break;
-    }
-    return static_cast<std::size_t>(character_start(page, text, text + count - 1, text + count) -
-                                    text);
+    return count;
 }
 
-std::size_t chunk_length(const CodePage& page, const char* text, std::size_t most) {
-    most = std::min(most, kChunk);
-    const std::size_t count = bounded_length(text, most);
-    if (count < most) {
-        return count;
-    }
-    const std::size_t whole = last_sequence(page, text, count);
-    return whole != 0 ? whole : first_sequence(page, text);
+/// How much of a converted character that is longer than `limit` is printed.
+std::size_t cut(const char*, std::size_t) {
+    return 0;
 }
 
-/// The longest part of a converted text that keeps within `limit`, which is shorter than the text.
-std::size_t cut(const CodePage& page, const char* text, std::size_t length, std::size_t limit) {
-    return static_cast<std::size_t>(character_start(page, text, text + limit, text + length) -
-                                    text);
-}
-
-std::size_t cut(const CodePage&, const char16_t* text, std::size_t, std::size_t limit) {
-    const bool isSplit =
-        limit > 0 && is_high_surrogate(text[limit - 1]) && is_low_surrogate(text[limit]);
-    return isSplit ? limit - 1 : limit;
+std::size_t cut(const char16_t* units, std::size_t limit) {
+    return limit > 0 && is_high_surrogate(units[limit - 1]) ? limit - 1 : limit;
 }
 
 template <class Unit, class Other>
-std::size_t put_text(Sink<Unit>& sink, const CodePage& own, const Other* text, std::size_t limit) {
-    const CodePage& page = usable_page(own);
-    Unit buffer[kChunk * kMostPerUnit + 1];
+std::size_t put_bounded(Sink<Unit>& sink, const CodePage& page, const Other* text,
+                        std::size_t limit) {
+    Unit buffer[kRun * kMostPerUnit];
     std::size_t total = 0;
-    while (total < limit) {
-        const std::size_t count = chunk_length(page, text, limit - total);
-        if (count == 0) {
-            break;
-        }
+    while (total < limit && *text != Other{}) {
+        const std::size_t run = plain_run(text, limit - total);
+        const std::size_t count = run != 0 ? run : first_sequence(page, text);
         const std::size_t length = convert(page, text, count, buffer);
         if (length > limit - total) {
-            buffer[length] = Unit{};
-            const std::size_t kept = cut(page, buffer, length, limit - total);
+            const std::size_t kept = cut(buffer, limit - total);
             sink.Put(buffer, kept);
             return total + kept;
         }
@@ -188,6 +151,13 @@ std::size_t put_text(Sink<Unit>& sink, const CodePage& own, const Other* text, s
         text += count;
     }
     return total;
+}
+
+template <class Unit, class Other>
+std::size_t put_text(Sink<Unit>& sink, const CodePage& own, const Other* text, std::size_t limit) {
+    const CodePage& page = usable_page(own);
+    return limit == SIZE_MAX ? put_all(sink, page, text, bounded_length(text, SIZE_MAX))
+                             : put_bounded(sink, page, text, limit);
 }
 
 template <class Unit, class Other>
