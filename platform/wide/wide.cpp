@@ -5,13 +5,17 @@
 
 #include "lanes/page_loads.h"
 #include "search/scan.h"
-#include "wide/blocks.h"
 
 namespace platform {
 namespace {
 
 using Units = Lanes<char16_t>::Vector;
 constexpr std::ptrdiff_t kLanes = Lanes<char16_t>::kCount;
+
+constexpr std::ptrdiff_t kBlockUnits = 64;
+
+// In bytes; blocks may lie anywhere, but those of a left text so aligned are gone through faster.
+constexpr std::uintptr_t kBlockAlignment = 32;
 
 inline Units load_zero_lanes(const char16_t* p) {
     return zero_lanes(load_in_page(p));
@@ -36,6 +40,25 @@ bool ends_in_step(const char16_t* left, const char16_t* right, std::ptrdiff_t& a
 std::ptrdiff_t units_in_pages(const char16_t* left, const char16_t* right) {
     return static_cast<std::ptrdiff_t>(std::min(bytes_in_page(left), bytes_in_page(right)) /
                                        sizeof(char16_t));
+}
+
+// Index of the first unit that differs or ends both texts, or all units of the blocks if there is
+// none. Looks at any unit of the blocks, also behind the end.
+std::ptrdiff_t end_in_blocks(const char16_t* left, const char16_t* right, std::ptrdiff_t blocks) {
+    std::ptrdiff_t at = 0;
+    for (; blocks > 0; --blocks, at += kBlockUnits) {
+        Units ends{};
+        for (std::ptrdiff_t i = 0; i < kBlockUnits; i += kLanes) {
+            ends |= zero_lanes(load_common(left + at + i, right + at + i));
+        }
+        if (has_hit(ends)) {
+            break;
+        }
+    }
+    for (std::ptrdiff_t end = kLanes; blocks > 0 && end == kLanes; at += end) {
+        end = end_in_vector(left + at, right + at);
+    }
+    return at;
 }
 
 // The same by as many blocks as the pages hold. In front of the end of a page, a block begins among
