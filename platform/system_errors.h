@@ -1,8 +1,21 @@
 #pragma once
 
+#include <cerrno>
 #include <cstdint>
 
 namespace platform {
+
+/// Leaves `errno` as it was.
+class ErrnoKeeper {
+public:
+    ErrnoKeeper() : kept_(errno) {}
+    ~ErrnoKeeper() { errno = kept_; }
+    ErrnoKeeper(const ErrnoKeeper&) = delete;
+    ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
+
+private:
+    int kept_;
+};
 
 /// The calling thread's last error code.
 std::uint32_t GetLastError() noexcept;

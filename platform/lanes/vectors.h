@@ -13,6 +13,10 @@
 /// it.
 namespace platform {
 
+// Bits stand for bytes in their order, words are taken apart from the front, and the encoders write
+// sequences and entries of tables as numbers.
+static_assert(std::endian::native == std::endian::little, "the first byte is the lowest");
+
 using WordVector __attribute__((vector_size(16))) = std::uint64_t;
 
 template <class Unit>

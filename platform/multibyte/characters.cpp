@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
 #include <climits>
 #include <cstdint>
 #include <cstring>
@@ -13,6 +12,7 @@
 #include "pages/utf8_walk.h"
 #include "search/member_scan.h"
 #include "search/scan.h"
+#include "system_errors.h"
 
 namespace platform {
 namespace {
@@ -27,11 +27,10 @@ bool is_ascii(char byte) {
 
 // Of the character at `p`, of which `room` bytes may be read.
 std::size_t length_by_locale(const char* p, std::size_t room) {
-    const int oldErrno = errno;
+    const ErrnoKeeper keeper;
     mbstate_t state{};
     const std::size_t length =
         mbrlen(p, strnlen(p, std::min<std::size_t>(room, MB_LEN_MAX)), &state);
-    errno = oldErrno;
     return length == 0 || length > MB_LEN_MAX ? 1 : length;
 }
 

@@ -3,9 +3,10 @@
 #include <wchar.h>
 
 #include <array>
-#include <cerrno>
 #include <climits>
 #include <cstring>
+
+#include "system_errors.h"
 
 namespace platform {
 namespace {
@@ -76,9 +77,8 @@ void fold_by_locale(const Fold& fold, char* p, std::size_t length) {
 }
 
 void fold_locale_character(const Fold& fold, char* p, std::size_t length) {
-    const int oldErrno = errno;
+    const ErrnoKeeper keeper;
     fold_by_locale(fold, p, length);
-    errno = oldErrno;
 }
 
 }  // namespace

@@ -6,19 +6,9 @@
 #include <cstddef>
 #include <new>
 
+#include "system_errors.h"
+
 namespace platform {
-
-/// Leaves `errno` as it was.
-class ErrnoKeeper {
-public:
-    ErrnoKeeper() : kept_(errno) {}
-    ~ErrnoKeeper() { errno = kept_; }
-    ErrnoKeeper(const ErrnoKeeper&) = delete;
-    ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
-
-private:
-    int kept_;
-};
 
 /// The C library's converter for a page, to or from code points (`wchar_t` has 32 bits).
 class Converter {

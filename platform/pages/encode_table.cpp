@@ -18,7 +18,6 @@
 namespace platform {
 namespace {
 
-static_assert(std::endian::native == std::endian::little, "entries are written as they are");
 static_assert(std::size(EncodeTable{}.astral) == DecodeTable::kMaxAstral);
 
 struct Release {

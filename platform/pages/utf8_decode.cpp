@@ -9,9 +9,6 @@
 namespace platform {
 namespace {
 
-static_assert(std::endian::native == std::endian::little,
-              "bytes are read in pairs and fours as little-endian numbers");
-
 struct Step {
     char32_t code;
     std::size_t bytes;

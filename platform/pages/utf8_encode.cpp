@@ -8,9 +8,6 @@
 namespace platform {
 namespace {
 
-static_assert(std::endian::native == std::endian::little,
-              "sequences are written as little-endian numbers");
-
 using Units = Lanes<char16_t>::Vector;
 using SignedUnits __attribute__((vector_size(16))) = std::int16_t;
 using Words __attribute__((vector_size(16))) = std::uint32_t;

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <array>
-#include <cerrno>
 #include <climits>
 #include <cstdarg>
 #include <cstring>
+#include <optional>
 #include <string_view>
 #include <type_traits>
 
@@ -12,6 +12,7 @@
 #include "multibyte/characters.h"
 #include "numbers.h"
 #include "pages/code_pages.h"
+#include "system_errors.h"
 #include "wide/wide.h"
 
 /// The syntax of the format language. The estimate and the print of both widths read a format and
@@ -49,15 +50,9 @@ public:
     ProcessPage() = default;
     ProcessPage(const ProcessPage&) = delete;
     ProcessPage& operator=(const ProcessPage&) = delete;
-    ~ProcessPage() {
-        if (page_ != nullptr) {
-            errno = oldErrno_;
-        }
-    }
-
     const CodePage& Get() {
         if (page_ == nullptr) {
-            oldErrno_ = errno;
+            keeper_.emplace();
             page_ = process_code_page();
         }
         return *page_;
@@ -65,7 +60,7 @@ public:
 
 private:
     const CodePage* page_ = nullptr;
-    int oldErrno_ = 0;
+    std::optional<ErrnoKeeper> keeper_;
 };
 
 enum class SizeMark : unsigned char { None, Narrow, Wide, Bits64 };
