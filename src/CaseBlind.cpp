@@ -1,6 +1,6 @@
-// Replacing and removing narrow text with case ignored. What is searched is the upper-cased text:
-// without a copy where the code page folds each byte or sequence by itself and the search text is
-// ASCII, else in a folded copy that runs in parallel to the text.
+// Finding, replacing and removing narrow text with case ignored. What is searched is the
+// upper-cased text: without a copy where the code page folds each byte or sequence by itself and
+// the search text is ASCII, else in a folded copy that runs in parallel to the text.
 
 #include <algorithm>
 #include <climits>
@@ -26,9 +26,22 @@ bool is_ascii(const char* pchText, int nLen) {
 }
 
 /// Whether an upper-cased text can be searched for without folding a copy.
-bool folds_in_place(const CodePage& page, const Kelm& upper) {
+bool folds_in_place(const CodePage& page, const char* pchUpper, int nUpper) {
     return (page.grouping == Grouping::SingleByte || page.grouping == Grouping::Utf8) &&
-           is_ascii(upper, upper.GetLength());
+           is_ascii(pchUpper, nUpper);
+}
+
+/// Index of the first place that folds to the upper-cased text, at or behind `nStart`, or -1. It
+/// must fold in place.
+int find_upper(const CodePage& page, const Kelm& text, int nStart, const char* pchUpper,
+               int nUpper) {
+    const char* pchText = text;
+    const std::size_t nSize = static_cast<std::size_t>(nUpper);
+    const auto find = [&](const char* pchFirst, const char* pchLast) {
+        return platform::find_folded(page, pchFirst, pchLast, pchUpper, nSize);
+    };
+    return searching::index(pchText, searching::narrow(page, pchText + nStart,
+                                                       pchText + text.GetLength(), nSize, find));
 }
 
 /// Upper-cases each segment between NULs.
@@ -85,7 +98,7 @@ class UpperSearch {
 public:
     UpperSearch(const CodePage& page, const char* pchText) : m_page(page), m_upper(pchText) {
         m_upper.MakeUpper();
-        m_bInPlace = folds_in_place(page, m_upper);
+        m_bInPlace = folds_in_place(page, m_upper, m_upper.GetLength());
         m_bReuse = is_well_formed(page, m_upper);
     }
 
@@ -94,7 +107,7 @@ public:
     /// First hit in the tail of the text from `nStart`, as an index into the text, or -1.
     int Find(const Kelm& text, int nStart) {
         if (m_bInPlace) {
-            return FindInPlace(text, nStart);
+            return find_upper(m_page, text, nStart, m_upper, m_upper.GetLength());
         }
         if (m_nTail < 0 || !m_bReuse) {
             m_tail = text.Mid(nStart);
@@ -129,17 +142,6 @@ public:
     }
 
 private:
-    int FindInPlace(const Kelm& text, int nStart) const {
-        const char* pchStart = text.constBuffer() + nStart;
-        const std::size_t nUpper = static_cast<std::size_t>(m_upper.GetLength());
-        const auto find = [&](const char* pchFirst, const char* pchLast) {
-            return platform::find_folded(m_page, pchFirst, pchLast, m_upper, nUpper);
-        };
-        const char* pchHit = searching::narrow(m_page, pchStart,
-                                               text.constBuffer() + text.GetLength(), nUpper, find);
-        return searching::index(text.constBuffer(), pchHit);
-    }
-
     const CodePage& m_page;
     Kelm m_upper;
     Kelm m_tail;
@@ -324,6 +326,33 @@ private:
 
 }  // namespace
 
+int Kelm::NCFind(char ch) const {
+    const CodePage& page = *platform::process_code_page();
+    const char chUpper = platform::toupper(ch);
+    if (chUpper == '\0') {
+        // A copy of a locked value ends at its first NUL, and that decides here.
+        return Kelm(*this).Find(chUpper);
+    }
+    if (folds_in_place(page, &chUpper, 1)) {
+        return find_upper(page, *this, 0, &chUpper, 1);
+    }
+    Kelm mycopy(m_pchData);  // no more than the search may see
+    mycopy.MakeUpper();
+    return mycopy.Find(chUpper);
+}
+
+int Kelm::NCFind(const char* pchText) const {
+    Kelm scopy(pchText);
+    scopy.MakeUpper();
+    const CodePage& page = *platform::process_code_page();
+    if (folds_in_place(page, scopy, scopy.GetLength())) {
+        return find_upper(page, *this, 0, scopy, scopy.GetLength());
+    }
+    Kelm mycopy(m_pchData);  // no more than the search may see
+    mycopy.MakeUpper();
+    return mycopy.Find(scopy);
+}
+
 int Kelm::NCReplace(const char* pchOld, const char* pchNew) {
     if (pchOld == nullptr || *pchOld == '\0') {
         return 0;
@@ -464,24 +493,15 @@ int Kelm::NCRemove(const char* pchText) {
     const CodePage& page = *platform::process_code_page();
     Kelm upper(pchText);
     upper.MakeUpper();
-    if (!folds_in_place(page, upper)) {
+    if (!folds_in_place(page, upper, upper.GetLength())) {
         return RemoveFolded(upper, false);
     }
     const int nLen = upper.GetLength();
-    const std::size_t nSize = static_cast<std::size_t>(nLen);
-    const auto find = [&](const char* pchFirst, const char* pchLast) {
-        return platform::find_folded(page, pchFirst, pchLast, upper, nSize);
-    };
-    const int nSegment = static_cast<int>(std::strlen(m_pchData));
-    if (find(m_pchData, m_pchData + nSegment) == nullptr) {
-        return 0;
-    }
-    Kelm work(m_pchData, GetLength());
-    replacing::PlainText<char, decltype(find)> text = {work.m_pchData, find};
-    int nEnd = nSegment;
-    const int nHits = replacing::remove_joining(text, nLen, nEnd);
-    TakeRest(nHits, nLen, nEnd, work.m_pchData, nSegment);
-    return nHits;
+    return replacing::remove_all<char>(
+        m_pchData, nLen, [&](const char* pchFirst, const char* pchLast) {
+            return platform::find_folded(page, pchFirst, pchLast, upper,
+                                         static_cast<std::size_t>(nLen));
+        });
 }
 
 int Kelm::NCRemove(char ch) {
@@ -503,16 +523,9 @@ int Kelm::RemoveFolded(const Kelm& upper, bool bAlone) {
     }
     const int nHits = removal.Run();
     Kelm rest(m_pchData, GetLength());
-    std::memcpy(rest.m_pchData, removal.Rest(), static_cast<std::size_t>(removal.GetLength()));
-    TakeRest(nHits, upper.GetLength(), removal.GetLength(), rest.m_pchData, nSegment);
+    char* pchEnd = std::copy_n(removal.Rest(), removal.GetLength(), rest.m_pchData);
+    pchEnd = storage::carry<char>(pchEnd, m_pchData + nSegment, m_pchData + GetLength());
+    replacing::take_rest<char>(m_pchData, nHits, upper.GetLength(), rest,
+                               storage::distance<char>(rest, pchEnd));
     return nHits;
-}
-
-/// The text becomes `nEnd` bytes at `pchRest`, where a copy of it stands, and what lies behind the
-/// first NUL of the copy.
-void Kelm::TakeRest(int nHits, int nSize, int nEnd, char* pchRest, int nSegment) {
-    const char* pchEnd =
-        storage::carry<char>(pchRest + nEnd, m_pchData + nSegment, m_pchData + GetLength());
-    replacing::take_rest<char>(m_pchData, nHits, nSize, pchRest,
-                               storage::distance<char>(pchRest, pchEnd));
 }

@@ -36,26 +36,6 @@ namespace {
 
 constexpr KelmData* KelmDataNil = &blocks::nil<char>.header;
 
-bool is_ascii(const char* pchText, int nLen) {
-    return std::all_of(pchText, pchText + nLen, [](char ch) { return (ch & 0x80) == 0; });
-}
-
-/// Whether folding can be searched in place for an upper-cased ASCII text.
-bool folds_in_place(const CodePage& page) {
-    return page.grouping == Grouping::SingleByte || page.grouping == Grouping::Utf8;
-}
-
-/// Index of the first place that folds to the upper-cased ASCII text, in a code page that folds in
-/// place.
-int find_upper(const CodePage& page, const Kelm& text, const char* pchUpper, std::size_t nUpper) {
-    const char* pchText = text;
-    const auto find = [&](const char* pchFirst, const char* pchLast) {
-        return platform::find_folded(page, pchFirst, pchLast, pchUpper, nUpper);
-    };
-    return searching::index(
-        pchText, searching::narrow(page, pchText, pchText + text.GetLength(), nUpper, find));
-}
-
 /// Bytes of a character within a text of known length, where NUL is a character like any other.
 std::size_t step(const CodePage& page, const char* pch) {
     return *pch == '\0' ? 1 : platform::_mbclen(page, pch);
@@ -351,33 +331,6 @@ int Kelm::FindOneOf(const char* pchSet) const noexcept {
     };
     return searching::index<char>(
         m_pchData, searching::narrow(page, m_pchData, m_pchData + GetLength(), 1, find));
-}
-
-int Kelm::NCFind(char ch) const {
-    const CodePage& page = *platform::process_code_page();
-    const char chUpper = platform::toupper(ch);
-    if (chUpper == '\0') {
-        // A copy of a locked value ends at its first NUL, and that decides here.
-        return Kelm(*this).Find(chUpper);
-    }
-    if (folds_in_place(page) && is_ascii(&chUpper, 1)) {
-        return find_upper(page, *this, &chUpper, 1);
-    }
-    Kelm mycopy(m_pchData);  // no more than the search may see
-    mycopy.MakeUpper();
-    return mycopy.Find(chUpper);
-}
-
-int Kelm::NCFind(const char* pchText) const {
-    Kelm scopy(pchText);
-    scopy.MakeUpper();
-    const CodePage& page = *platform::process_code_page();
-    if (folds_in_place(page) && is_ascii(scopy, scopy.GetLength())) {
-        return find_upper(page, *this, scopy, static_cast<std::size_t>(scopy.GetLength()));
-    }
-    Kelm mycopy(m_pchData);  // no more than the search may see
-    mycopy.MakeUpper();
-    return mycopy.Find(scopy);
 }
 
 int Kelm::Count(char ch) const noexcept {

@@ -23,6 +23,14 @@ using storage::length_of;
 
 namespace {
 
+int remove_folded(char16_t*& text, int nUpper, const char16_t* pchUpper) {
+    const std::size_t nSize = static_cast<std::size_t>(nUpper);
+    return replacing::remove_all(
+        text, nUpper, [=](const char16_t* pchFirst, const char16_t* pchLast) {
+            return platform::find_folded(pchFirst, pchLast, pchUpper, nSize);
+        });
+}
+
 /// Index of the first place that folds to `upper`.
 int find_upper(const WString& text, int nLen, const char16_t* pchUpper) {
     const char16_t* pchText = text;
@@ -431,34 +439,12 @@ int WString::NCRemove(const char16_t* pchText) {
     }
     WString upper(pchText);
     upper.MakeUpper();
-    return RemoveJoining(upper.GetLength(), upper);
+    return remove_folded(m_pchData, upper.GetLength(), upper);
 }
 
 int WString::NCRemove(char16_t ch) {
     const char16_t chUpper = platform::towupper(ch);
-    return chUpper == u'\0' ? 0 : RemoveJoining(1, &chUpper);
-}
-
-/// All hits in one pass over a copy.
-int WString::RemoveJoining(int nUpper, const char16_t* pchUpper) {
-    const auto find = [&](const char16_t* pchFirst, const char16_t* pchLast) {
-        return platform::find_folded(pchFirst, pchLast, pchUpper, static_cast<std::size_t>(nUpper));
-    };
-    const int nSegment = length_of(m_pchData);
-    if (find(m_pchData, m_pchData + nSegment) == nullptr) {
-        return 0;
-    }
-    WString work;
-    AllocCopy(work, GetLength(), 0, 0);
-    replacing::PlainText<char16_t, decltype(find)> text = {work.m_pchData, find};
-    int nEnd = nSegment;
-    const int nHits = replacing::remove_joining(text, nUpper, nEnd);
-    // What stands behind an embedded NUL comes along.
-    const char16_t* pchEnd = storage::carry<char16_t>(work.m_pchData + nEnd, m_pchData + nSegment,
-                                                      m_pchData + GetLength());
-    replacing::take_rest<char16_t>(m_pchData, nHits, nUpper, work,
-                                   storage::distance<char16_t>(work, pchEnd));
-    return nHits;
+    return chUpper == u'\0' ? 0 : remove_folded(m_pchData, 1, &chUpper);
 }
 
 WString WString::FromRepeat(char16_t ch, int nCount) {

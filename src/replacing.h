@@ -218,27 +218,14 @@ struct WideSearch {
     std::size_t size;
 };
 
-/// What is removed from where the folded text is searched in place, and how it is moved.
-template <class Unit, class Find>
-struct PlainText {
-    Unit* units;
-    Find find;
-
-    const Unit* Key() const { return units; }
-    const Unit* Search(const Unit* first, const Unit* last) const { return find(first, last); }
-    void Move(int to, int from, int count) const {
-        storage::move_units(units + to, units + from, count);
-    }
-};
-
 /// Removes hits of `size` units, always the leftmost, also those that a removal forms, until none
 /// is left in the first `end` units; gives their number and moves the end.
 ///
 /// What is done lies in front of `write`, what is to do from `read` on. A hit that a removal has
 /// formed spans both, and is shorter than the text on either side of the gap that it needs. So the
 /// whole is one walk, whatever the hits.
-template <class Text>
-int remove_joining(Text& text, int size, int& end) {
+template <class Unit, class Find>
+int remove_joining(Unit* text, int size, Find find, int& end) {
     int write = 0;
     int read = 0;
     int count = 0;
@@ -248,26 +235,26 @@ int remove_joining(Text& text, int size, int& end) {
         if (write - first + head < size) {
             return false;
         }
-        text.Move(write, read, head);
-        const auto* hit = text.Search(text.Key() + first, text.Key() + write + head);
+        storage::move_units(text + write, text + read, head);
+        const Unit* hit = find(text + first, text + write + head);
         if (hit == nullptr) {
             return false;
         }
-        const int place = static_cast<int>(hit - text.Key());
+        const int place = storage::distance<Unit>(text, hit);
         read += place + size - write;
         write = place;
         return true;
     };
-    while (const auto* hit = text.Search(text.Key() + read, text.Key() + end)) {
-        const int place = static_cast<int>(hit - text.Key());
-        text.Move(write, read, place - read);
+    while (const Unit* hit = find(text + read, text + end)) {
+        const int place = storage::distance<Unit>(text, hit);
+        storage::move_units(text + write, text + read, place - read);
         write += place - read;
         read = place + size;
         do {
             ++count;
         } while (across());
     }
-    text.Move(write, read, end - read);
+    storage::move_units(text + write, text + read, end - read);
     end = write + end - read;
     return count;
 }
@@ -284,6 +271,25 @@ void take_rest(Unit*& text, int count, int size, const Unit* rest, int restLengt
     storage::Owner<Unit> copy;
     storage::with_capacity(copy.text, rest, restLength, restLength == 0 ? size : restLength);
     storage::move_assign(text, copy.text);
+}
+
+/// Removes hits as `remove_joining` does from the text up to its first NUL. What stands behind that
+/// comes along.
+template <class Unit, class Find>
+int remove_all(Unit*& text, int size, Find find) {
+    const Unit* all = text;
+    const int segment = storage::length_of(all);
+    if (find(all, all + segment) == nullptr) {
+        return 0;
+    }
+    storage::Owner<Unit> rest;
+    storage::alloc_copy<Unit>(rest.text, text, storage::length(text));
+    int end = segment;
+    const int count = remove_joining(rest.text, size, find, end);
+    const Unit* last =
+        storage::carry<Unit>(rest.text + end, text + segment, text + storage::length(text));
+    take_rest<Unit>(text, count, size, rest.text, storage::distance<Unit>(rest.text, last));
+    return count;
 }
 
 }  // namespace replacing

@@ -153,39 +153,27 @@ std::size_t put_bounded(Sink<Unit>& sink, const CodePage& page, const Other* tex
     return total;
 }
 
+}  // namespace
+
 template <class Unit, class Other>
-std::size_t put_text(Sink<Unit>& sink, const CodePage& own, const Other* text, std::size_t limit) {
+std::size_t put_converted(Sink<Unit>& sink, const CodePage& own, const Other* text,
+                          std::size_t limit) {
     const CodePage& page = usable_page(own);
     return limit == SIZE_MAX ? put_all(sink, page, text, bounded_length(text, SIZE_MAX))
                              : put_bounded(sink, page, text, limit);
 }
 
 template <class Unit, class Other>
-std::size_t put_unit(Sink<Unit>& sink, const CodePage& own, Other unit) {
+std::size_t put_converted_unit(Sink<Unit>& sink, const CodePage& own, Other unit) {
     Unit buffer[kMostPerUnit];
     const std::size_t length = convert(usable_page(own), &unit, 1, buffer);
     sink.Put(buffer, length);
     return length;
 }
 
-}  // namespace
-
-std::size_t put_converted(Sink<char>& sink, const CodePage& page, const char16_t* text,
-                          std::size_t limit) {
-    return put_text(sink, page, text, limit);
-}
-
-std::size_t put_converted(Sink<char16_t>& sink, const CodePage& page, const char* text,
-                          std::size_t limit) {
-    return put_text(sink, page, text, limit);
-}
-
-std::size_t put_converted_unit(Sink<char>& sink, const CodePage& page, char16_t unit) {
-    return put_unit(sink, page, unit);
-}
-
-std::size_t put_converted_unit(Sink<char16_t>& sink, const CodePage& page, char unit) {
-    return put_unit(sink, page, unit);
-}
+template std::size_t put_converted(Sink<char>&, const CodePage&, const char16_t*, std::size_t);
+template std::size_t put_converted(Sink<char16_t>&, const CodePage&, const char*, std::size_t);
+template std::size_t put_converted_unit(Sink<char>&, const CodePage&, char16_t);
+template std::size_t put_converted_unit(Sink<char16_t>&, const CodePage&, char);
 
 }  // namespace platform
