@@ -722,7 +722,6 @@ private:
                                long long nMost);
     KELM_LOCAL int ReplaceOnce(const Kelm& upper, int nNew, const char* pchNew);
     KELM_LOCAL int RemoveFolded(const Kelm& upper, bool bAlone);
-    KELM_LOCAL static Kelm FromDigits(int nLen, const char* pchDigits, int nCapacity);
     KELM_LOCAL bool Recode(unsigned int nFrom, unsigned int nTo);
     KELM_LOCAL static Kelm Join(int nLen1, const char* pch1, int nLen2, const char* pch2);
 };
@@ -1442,7 +1441,6 @@ private:
     void DestroyUnshared();
     template <class Test>
     KELM_LOCAL void TrimRightWhere(Test test);
-    KELM_LOCAL static WString FromDigits(int nLen, const char16_t* pchDigits, int nCapacity);
     KELM_LOCAL static WString Join(int nLen1, const char16_t* pch1, int nLen2,
                                    const char16_t* pch2);
     KELM_LOCAL static WString JoinNarrow(const WString& string, int nLen, const char* pchText);

@@ -715,26 +715,22 @@ double Kelm::Double() const noexcept {
     return platform::atof(m_pchData);
 }
 
-/// The capacities of numbers are those of the formats "%d" and "%g".
-Kelm Kelm::FromDigits(int nLen, const char* pchDigits, int nCapacity) {
+Kelm Kelm::From(long long nValue) {
     Kelm text;
-    storage::with_capacity(text.m_pchData, pchDigits, nLen, nCapacity);
+    formatting::integer(text.m_pchData, nValue);
     return text;
 }
 
-Kelm Kelm::From(long long nValue) {
-    char szDigits[20];
-    return FromDigits(platform::print_integer(szDigits, nValue), szDigits, 32);
-}
-
 Kelm Kelm::From(unsigned long long nValue) {
-    char szDigits[20];
-    return FromDigits(platform::print_integer(szDigits, nValue), szDigits, 32);
+    Kelm text;
+    formatting::integer(text.m_pchData, nValue);
+    return text;
 }
 
 Kelm Kelm::From(double dValue) {
-    char szDigits[128];
-    return FromDigits(platform::print_general(szDigits, dValue), szDigits, 128);
+    Kelm text;
+    formatting::general(text.m_pchData, dValue);
+    return text;
 }
 
 bool Kelm::IsDigit() const noexcept {

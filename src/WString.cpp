@@ -201,7 +201,7 @@ WString& WString::operator<<(const char* pchText) {
 }
 
 WString& WString::operator<<(long nValue) {
-    char16_t szDigits[20];
+    char16_t szDigits[platform::kIntegerRoom];
     ConcatInPlace(platform::print_integer(szDigits, static_cast<long long>(nValue)), szDigits);
     return *this;
 }
@@ -506,26 +506,22 @@ double WString::Double() const noexcept {
     return platform::_wtof(m_pchData);
 }
 
-/// The capacities of numbers are those of the formats "%d" and "%g".
-WString WString::FromDigits(int nLen, const char16_t* pchDigits, int nCapacity) {
+WString WString::From(long long nValue) {
     WString text;
-    storage::with_capacity(text.m_pchData, pchDigits, nLen, nCapacity);
+    formatting::integer(text.m_pchData, nValue);
     return text;
 }
 
-WString WString::From(long long nValue) {
-    char16_t szDigits[20];
-    return FromDigits(platform::print_integer(szDigits, nValue), szDigits, 32);
-}
-
 WString WString::From(unsigned long long nValue) {
-    char16_t szDigits[20];
-    return FromDigits(platform::print_integer(szDigits, nValue), szDigits, 32);
+    WString text;
+    formatting::integer(text.m_pchData, nValue);
+    return text;
 }
 
 WString WString::From(double dValue) {
-    char16_t szDigits[128];
-    return FromDigits(platform::print_general(szDigits, dValue), szDigits, 128);
+    WString text;
+    formatting::general(text.m_pchData, dValue);
+    return text;
 }
 
 int WString::Compare(const char16_t* pchText) const noexcept {

@@ -30,6 +30,22 @@ void print_again(Unit* text, int index, const Unit* format, va_list arguments) {
     }
 }
 
+/// `text`, which is new, becomes the digits, with the room that the format "%d" has for them.
+template <class Unit, class Integer>
+void integer(Unit*& text, Integer value) {
+    Unit digits[platform::kIntegerRoom];
+    const int length = platform::print_integer(digits, value);
+    storage::with_capacity<Unit>(text, digits, length, platform::kIntegerRoom);
+}
+
+/// The same for the format "%g".
+template <class Unit>
+void general(Unit*& text, double value) {
+    Unit digits[platform::kGeneralRoom];
+    const int length = platform::print_general(digits, value);
+    storage::with_capacity<Unit>(text, digits, length, platform::kGeneralRoom);
+}
+
 /// Prints behind the first `index` units: first beside the value, which a short text has to be only
 /// once. A text that the allowance does not cover gets exactly its room.
 template <class Unit>

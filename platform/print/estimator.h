@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <type_traits>
 
+#include "print/print.h"
 #include "print/syntax.h"
 
 namespace platform {
@@ -18,7 +19,7 @@ public:
         allowance_ += static_cast<long long>(count) * kPerUnit;
     }
 
-    void PlainInteger(int) { allowance_ += kInteger; }
+    void PlainInteger(int) { allowance_ += kIntegerRoom; }
 
     void PlainText(const Unit* text) {
         AddPlainText(text != nullptr ? length_of(text) : kNullText.size());
@@ -40,12 +41,13 @@ public:
                 return;
             case Kind::Integer:
             case Kind::Pointer:
-                allowance_ += std::max(kInteger, WidthAndPrecision(conversion));
+                allowance_ += std::max<long long>(kIntegerRoom, WidthAndPrecision(conversion));
                 return;
             case Kind::Floating:
-                allowance_ += conversion.letter == 'f'
-                                  ? conversion.precision + kFixed
-                                  : std::max(kScientific, WidthAndPrecision(conversion));
+                allowance_ +=
+                    conversion.letter == 'f'
+                        ? conversion.precision + kFixed
+                        : std::max<long long>(kGeneralRoom, WidthAndPrecision(conversion));
                 return;
             case Kind::Nothing:
             case Kind::None:
@@ -57,8 +59,6 @@ public:
 
 private:
     static constexpr bool kIsWide = std::is_same<Unit, char16_t>::value;
-    static constexpr long long kInteger = 32;
-    static constexpr long long kScientific = 128;
     static constexpr long long kFixed = 312;
 
     static long long WidthAndPrecision(const Conversion& conversion) {

@@ -86,9 +86,8 @@ namespace {
 
 template <class Unit>
 int print_general_into(Unit* destination, double value) {
-    constexpr int kRoom = 128;
     DecimalPoint<Unit> point;
-    Sink<Unit> sink(destination, kRoom);
+    Sink<Unit> sink(destination, kGeneralRoom);
     if (std::signbit(value)) {
         sink.Put(Unit{'-'});
     }

@@ -31,15 +31,19 @@ void rehearse(char* destination, int capacity, const char* format, va_list argum
 void rehearse(char16_t* destination, int capacity, const char16_t* format, va_list arguments,
               Rehearsal& result);
 
-/// Digits of an integer without a terminator; `destination` has room for 20 units. The result is
-/// their number, the sign included.
+/// What the estimate allows for an integer and for a number in "%g": more than they take.
+inline constexpr int kIntegerRoom = 32;
+inline constexpr int kGeneralRoom = 128;
+
+/// Digits of an integer without a terminator; `destination` has room for `kIntegerRoom` units. The
+/// result is their number, the sign included.
 int print_integer(char* destination, long long value) noexcept;
 int print_integer(char* destination, unsigned long long value) noexcept;
 int print_integer(char16_t* destination, long long value) noexcept;
 int print_integer(char16_t* destination, unsigned long long value) noexcept;
 
 /// The text of "%g" without a terminator, with the locale's decimal point; `destination` has room
-/// for 128 units. The result is its length.
+/// for `kGeneralRoom` units. The result is its length.
 int print_general(char* destination, double value) noexcept;
 int print_general(char16_t* destination, double value) noexcept;
 
