@@ -302,8 +302,20 @@ public:
     /// included.
     /// @{
 
-    Kelm& Append(const Kelm& string) KELM_LIFETIMEBOUND;   ///< Appends the text.
-    Kelm& Append(char ch) KELM_LIFETIMEBOUND;              ///< Appends one byte, NUL included.
+    Kelm& Append(const Kelm& string) KELM_LIFETIMEBOUND;  ///< Appends the text.
+    /// Appends one byte, NUL included.
+    KELM_INLINE Kelm& Append(char ch) KELM_LIFETIMEBOUND {
+        KelmData* pData = GetData();
+        const int nLength = pData->nDataLength;
+        if (nLength < pData->nAllocLength && __atomic_load_n(&pData->nRefs, __ATOMIC_ACQUIRE) < 2) {
+            pData->nDataLength = nLength + 1;
+            m_pchData[nLength] = ch;
+            m_pchData[nLength + 1] = '\0';
+        } else {
+            ConcatInPlace(1, &ch);
+        }
+        return *this;
+    }
     Kelm& Append(const char* pchText) KELM_LIFETIMEBOUND;  ///< Appends up to the first NUL.
     /// The same as `Append`.
     KELM_INLINE Kelm& operator+=(const Kelm& string) KELM_LIFETIMEBOUND { return Append(string); }
@@ -1099,7 +1111,19 @@ public:
     /// @{
 
     WString& Append(const WString& string) KELM_LIFETIMEBOUND;  ///< Appends the text.
-    WString& Append(char16_t ch) KELM_LIFETIMEBOUND;            ///< Appends one unit, NUL included.
+    /// Appends one unit, NUL included.
+    KELM_INLINE WString& Append(char16_t ch) KELM_LIFETIMEBOUND {
+        WStringData* pData = GetData();
+        const int nLength = pData->nDataLength;
+        if (nLength < pData->nAllocLength && __atomic_load_n(&pData->nRefs, __ATOMIC_ACQUIRE) < 2) {
+            pData->nDataLength = nLength + 1;
+            m_pchData[nLength] = ch;
+            m_pchData[nLength + 1] = u'\0';
+        } else {
+            ConcatInPlace(1, &ch);
+        }
+        return *this;
+    }
     WString& Append(const char16_t* pchText) KELM_LIFETIMEBOUND;  ///< Appends up to the first NUL.
     /// The same as `Append`.
     KELM_INLINE WString& operator+=(const WString& string) KELM_LIFETIMEBOUND {

@@ -22,11 +22,10 @@ QUOTED = []
 def body(path, signature, text=None):
     """What stands between the braces of a function, in one line and without comments."""
     text = text or (ROOT / path).read_text()
-    at = text.find(signature + " {") if signature + " {" in text else text.find(
-        signature + " noexcept {")
-    if at < 0:
+    found = re.search(re.escape(signature) + r"(?: noexcept| KELM_LIFETIMEBOUND)? \{", text)
+    if not found:
         raise SystemExit(f"{path}: no {signature}")
-    begin = end = text.index("{", at + len(signature)) + 1
+    begin = end = found.end()
     depth = 1
     while depth:
         depth += {"{": 1, "}": -1}.get(text[end], 0)
@@ -46,6 +45,7 @@ BLOCKS = "src/blocks.h"
 STORAGE = "src/storage.h"
 COPY = (HEADER, "Kelm(const Kelm& stringSrc)")
 END = (HEADER, "~Kelm()")
+APPEND = (HEADER, "Kelm& Append(char ch)")
 
 # What the model takes from the sources: the function, and what stands there.
 RULES = {
@@ -55,6 +55,8 @@ RULES = {
     "end_alone": (*END, r"nRefs == (\d+)"),
     "end_drop": (*END, r"__atomic_sub_fetch\(.*?__ATOMIC_(\w+)"),
     "end_free": (*END, r"__ATOMIC_\w+\) <= (\d+)"),
+    "unit_look": (*APPEND, r"__atomic_load_n\(.*?__ATOMIC_(\w+)"),
+    "unit_below": (*APPEND, r"< (\d+)\)"),
     "look": (BLOCKS, "int refs(const Header* block)", r"__ATOMIC_(\w+)"),
     "add": (BLOCKS, "void add_ref(Header* block)", r"__ATOMIC_(\w+)"),
     "drop": (BLOCKS, "int drop_ref(Header* block)", r"__ATOMIC_(\w+)"),
@@ -90,8 +92,8 @@ def differences():
         if source != " ".join(function.__doc__.split()):
             yield f"{path}: {signature} is not what proof/protocol.py models:\n  {source}"
         if path == HEADER:
-            wide = body(path, signature.replace("Kelm", "WString"))
-            if wide.replace("WString", "Kelm") != source:
+            wide = body(path, signature.replace("Kelm", "WString").replace("(char", "(char16_t"))
+            if wide.replace("WString", "Kelm").replace("u'", "'") != source:
                 yield f"{path}: {signature} is not like its twin"
     counts = re.compile(r"(__atomic_\w+|\badd_ref|\bdrop_ref|\bgive_back)\(")
     everywhere = "".join(path.read_text() for folder in ("include", "src")
@@ -338,6 +340,29 @@ class Protocol:
         yield from self.set_length(text, count)
         yield from self.release(owner)
 
+    @quoted(*APPEND)
+    def append_unit(self, text, unit):
+        """
+        KelmData* pData = GetData();
+        const int nLength = pData->nDataLength;
+        if (nLength < pData->nAllocLength && __atomic_load_n(&pData->nRefs, __ATOMIC_ACQUIRE) < 2) {
+            pData->nDataLength = nLength + 1;
+            m_pchData[nLength] = ch;
+            m_pchData[nLength + 1] = '\\0';
+        } else {
+            ConcatInPlace(1, &ch);
+        }
+        return *this;
+        """
+        block = text.block
+        length = yield ("read", block, "length")
+        if length < (yield ("read", block, "capacity")):
+            if (yield ("load", block, self.unit_look)) < self.unit_below:
+                yield ("set_length", block, length + 1)
+                yield ("put", block, length, unit)
+                return
+        yield from self.concat_in_place(text, unit)
+
     @quoted(STORAGE, "void concat_in_place(Unit*& text, int count, const Unit* units)")
     def concat_in_place(self, text, units):
         """
@@ -543,7 +568,7 @@ def clients(protocol):
 
     @client
     def append(values, a, me):
-        yield from p.concat_in_place(a, me)
+        yield from p.append_unit(a, me)
         a.expected += me
 
     @client

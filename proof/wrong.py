@@ -112,6 +112,8 @@ def changed(**rules):
 
 WRONG = [
     changed(look="RELAXED"),
+    changed(unit_look="RELAXED"),
+    changed(unit_below=3),
     changed(drop="RELAXED"),
     changed(drop="RELEASE"),
     changed(drop="ACQUIRE"),

@@ -342,15 +342,15 @@ int Kelm::NCFind(char ch) const {
 }
 
 int Kelm::NCFind(const char* pchText) const {
-    Kelm scopy(pchText);
-    scopy.MakeUpper();
     const CodePage& page = *platform::process_code_page();
-    if (folds_in_place(page, scopy, scopy.GetLength())) {
-        return find_upper(page, *this, 0, scopy, scopy.GetLength());
+    storage::Copy<char> upper(pchText);
+    platform::_mbsupr(page, upper.Text());
+    if (folds_in_place(page, upper.Text(), upper.Length())) {
+        return find_upper(page, *this, 0, upper.Text(), upper.Length());
     }
     Kelm mycopy(m_pchData);  // no more than the search may see
     mycopy.MakeUpper();
-    return mycopy.Find(scopy);
+    return mycopy.Find(upper.Text());
 }
 
 int Kelm::NCReplace(const char* pchOld, const char* pchNew) {

@@ -268,11 +268,6 @@ Kelm& Kelm::Append(const Kelm& string) {
     return *this;
 }
 
-Kelm& Kelm::Append(char ch) {
-    ConcatInPlace(1, &ch);
-    return *this;
-}
-
 Kelm& Kelm::Append(const char* pchText) {
     ConcatInPlace(length_of(pchText), pchText);
     return *this;

@@ -182,11 +182,6 @@ WString& WString::Append(const WString& string) {
     return *this;
 }
 
-WString& WString::Append(char16_t ch) {
-    ConcatInPlace(1, &ch);
-    return *this;
-}
-
 WString& WString::Append(const char16_t* pchText) {
     ConcatInPlace(length_of(pchText), pchText);
     return *this;
@@ -265,9 +260,9 @@ int WString::NCFind(char16_t ch) const noexcept {
 }
 
 int WString::NCFind(const char16_t* pchText) const {
-    WString scopy(pchText);
-    scopy.MakeUpper();
-    return find_upper(*this, scopy.GetLength(), scopy);
+    storage::Copy<char16_t> upper(pchText);
+    platform::_wcsupr(upper.Text());
+    return find_upper(*this, upper.Length(), upper.Text());
 }
 
 int WString::Count(char16_t ch) const noexcept {

@@ -184,6 +184,32 @@ private:
     Unit* copy_ = nullptr;
 };
 
+/// A copy of a terminated text that may be changed, of null as of an empty one. A short one takes
+/// no memory.
+template <class Unit>
+class Copy {
+public:
+    explicit Copy(const Unit* text) : length_(text == nullptr ? 0 : length_of(text)) {
+        if (length_ >= kBrief) {
+            alloc(long_.text, length_);
+            units_ = long_.text;
+        }
+        std::copy_n(text, length_, units_);
+        units_[length_] = Unit{};
+    }
+
+    Unit* Text() { return units_; }
+    int Length() const { return length_; }
+
+private:
+    static constexpr int kBrief = 64;
+
+    int length_;
+    Owner<Unit> long_;
+    Unit brief_[kBrief];
+    Unit* units_ = brief_;
+};
+
 /// What was held is given up and the block of `source` taken over.
 template <class Unit>
 void move_assign(Unit*& text, Unit*& source) noexcept {

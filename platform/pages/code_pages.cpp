@@ -349,6 +349,25 @@ bool is_utf8_name(const char* name) {
 // freed locale hands on to the next one.
 constinit std::atomic<const Codeset*> lastCodeset;
 
+__attribute__((noinline)) const CodePage* row_of_codeset(const char* name) {
+    const Codeset* codeset = find_codeset(name);
+    if (codeset == nullptr) {
+        return nameless_row();
+    }
+    lastCodeset.store(codeset, std::memory_order_release);
+    return codeset->row;
+}
+
+// What UTF-8 need not save registers for.
+__attribute__((noinline)) const CodePage* other_code_page(const char* name) {
+    if (name == c_locale_name()) {
+        return kUtf8;
+    }
+    const Codeset* last = lastCodeset.load(std::memory_order_acquire);
+    return last != nullptr && std::strcmp(last->name.data(), name) == 0 ? last->row
+                                                                        : row_of_codeset(name);
+}
+
 }  // namespace
 
 const CodePage* find_code_page(unsigned int number) noexcept {
@@ -357,19 +376,7 @@ const CodePage* find_code_page(unsigned int number) noexcept {
 
 const CodePage* process_code_page() noexcept {
     const char* name = nl_langinfo(CODESET);
-    if (is_utf8_name(name) || name == c_locale_name()) {
-        return kUtf8;
-    }
-    const Codeset* last = lastCodeset.load(std::memory_order_acquire);
-    if (last != nullptr && std::strcmp(last->name.data(), name) == 0) {
-        return last->row;
-    }
-    const Codeset* codeset = find_codeset(name);
-    if (codeset == nullptr) {
-        return nameless_row();
-    }
-    lastCodeset.store(codeset, std::memory_order_release);
-    return codeset->row;
+    return is_utf8_name(name) ? kUtf8 : other_code_page(name);
 }
 
 }  // namespace platform

@@ -184,7 +184,9 @@ void AdaptiveSearch<Unit, Matcher>::Begin(std::size_t size) {
     }
     if (!matcher_.CanProbe()) {
         TurnLinear();
-    } else if (end_ - first_ >= Probing::kNarrow) {
+    } else if (end_ - first_ < Probing::kWide) {
+        units_.second = matcher_.count - 1;
+    } else {
         units_ = choose_units(matcher_.pattern, matcher_.count, Matcher::Rank);
         way_ = Matcher::Rank(matcher_.pattern[units_.first]) < kRare ? Way::OneUnit : Way::TwoUnits;
     }

@@ -74,13 +74,14 @@ public:
 
 private:
     Folder(Folds::Ask fold, const std::int32_t* bytes, char16_t firstLetter)
-        : fold_(fold), firstLetter_(firstLetter), isUsual_(true) {
-        for (std::int32_t letter = firstLetter; letter < firstLetter + kLetters; ++letter) {
-            isUsual_ &= bytes[letter] == (letter ^ kCaseBit);
+        : fold_(fold), firstLetter_(firstLetter) {
+        std::int32_t differences = 0;
+        for (std::int32_t i = 0; i < kLetters; ++i) {
+            differences |= bytes[firstLetter + i] ^ (firstLetter + i) ^ kCaseBit;
         }
         // A thread that is older than the locale still has the table of bytes that it began with.
         const auto i = static_cast<char16_t>(firstLetter + (u'i' - u'a'));
-        isUsual_ = isUsual_ && fold(i) == (i ^ kCaseBit);
+        isUsual_ = differences == 0 && fold(i) == (i ^ kCaseBit);
     }
 
     Folds::Ask fold_;
@@ -108,7 +109,7 @@ char16_t* fold_ascii(char16_t* first, char16_t* last, const Folder& fold) {
     return first;
 }
 
-void fold_units(char16_t* first, char16_t* last, Folder fold) {
+void fold_units(char16_t* first, char16_t* last, Folder&& fold) {
     if (fold.IsUsualForAscii()) {
         first = fold_ascii(first, last, fold);
         for (; last - first >= kLanes; first += kLanes) {
