@@ -4,7 +4,7 @@ set(KELM_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Kelm)
 set(KELM_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 install(TARGETS kelm EXPORT kelm)
-install(FILES include/Kelm.h TYPE INCLUDE)
+install(FILES include/Kelm.h include/KelmStd.h include/KelmFmt.h TYPE INCLUDE)
 
 # The library needs no other package, so its targets are the whole configuration.
 install(EXPORT kelm FILE KelmConfig.cmake NAMESPACE kelm:: DESTINATION ${KELM_CMAKE_DIR})

@@ -1,5 +1,6 @@
 // Whatever is composed of texts orders and equals as `Compare` says, in every standard: also where
-// the language has `<=>`, for which two pointers to the texts would do as well.
+// the language has `<=>`, for which two pointers to the texts would do as well. And the headers for
+// neighbours, in the standards that have these.
 
 #include <Kelm.h>
 
@@ -12,7 +13,16 @@
 #include <utility>
 #include <vector>
 #if __cplusplus >= 201703L
+#include <KelmStd.h>
+
 #include <optional>
+#include <sstream>
+#include <unordered_map>
+#endif
+#if __cplusplus == 202002L && __has_include(<fmt/format.h>)
+#define FMT_HEADER_ONLY
+#include <KelmFmt.h>
+#define WITH_FMT
 #endif
 
 namespace {
@@ -85,10 +95,59 @@ void check_all(const typename std::remove_pointer<decltype(Text().GetBuffer(0))>
 #endif
 }
 
+#if __cplusplus >= 201703L
+template <class Text, class Unit>
+void check_neighbours(const Unit (&units)[6]) {
+    const std::basic_string_view<Unit> view(units, 5);  // with a NUL as the fourth
+    const Text text = KelmStd::From(view);
+    expect(text.GetLength() == 5 && text.GetAllocLength() == 5, "From");
+    expect(KelmStd::View(text) == view && KelmStd::String(text) == view, "View, String");
+    expect(KelmStd::From(view.substr(5)).IsEmpty(), "From nothing");
+    const Text shorter(text.constBuffer());
+    expect(shorter == text && std::hash<Text>()(shorter) == std::hash<Text>()(text), "hash");
+    expect(KelmStd::Hash()(view) == KelmStd::Hash()(units), "hash of views");
+    std::unordered_map<Text, int> byHash{{text, 7}};
+    expect(byHash.at(shorter) == 7, "unordered_map");
+    std::map<Text, int, KelmStd::Less> byLess{{text, 7}};
+    expect(byLess.count(view) == 1 && byLess.count(units) == 1, "look-up without a temporary");
+    const Unit* null = nullptr;
+    expect(byLess.count(null) == 0 && KelmStd::Equal()(null, Text()), "null counts as empty");
+    expect(KelmStd::Less()(units, view.substr(1)), "units are ordered as unsigned numbers");
+#ifdef __cpp_lib_generic_unordered_lookup
+    std::unordered_map<Text, int, KelmStd::Hash, KelmStd::Equal> any{{text, 7}};
+    expect(any.contains(view) && !any.contains(view.substr(1)), "hashed look-up of a view");
+#endif
+}
+
+void check_printing() {
+    std::ostringstream stream;
+    stream.width(4);
+    stream << Kelm("a\0b", 3) << WString(u"\u00E4");
+    expect(stream.str() == std::string(" a\0b\xC3\xA4", 6), "streams");
+    stream.str("");
+    PrintTo(Kelm("\"\0\xC3", 3), &stream);
+    PrintTo(WString(u"\\\u20AC"), &stream);
+    expect(stream.str() == "\"\\\"\\x00\\xC3\"u\"\\\\\\x20AC\"", "PrintTo");
+#ifdef __cpp_lib_format
+    expect(std::format("{:>3}{}", Kelm("a"), WString(u"w")) == "  aw", "std::format");
+#endif
+#ifdef WITH_FMT
+    expect(fmt::format("{:>3}{}", Kelm("a"), WString(u"w")) == "  aw", "fmt");
+#endif
+}
+#endif
+
 }  // namespace
 
 int main() {
     check_all<Kelm>("b");
     check_all<WString>(u"b");
+#if __cplusplus >= 201703L
+    check_neighbours<Kelm>(
+        "a\xFF"
+        "b\0c");
+    check_neighbours<WString>(u"a\uFFFFb\0c");
+    check_printing();
+#endif
     return failures == 0 ? 0 : 1;
 }
