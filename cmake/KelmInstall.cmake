@@ -6,6 +6,12 @@ set(KELM_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 install(TARGETS kelm EXPORT kelm)
 install(FILES include/Kelm.h include/KelmStd.h include/KelmFmt.h TYPE INCLUDE)
 
+# gdb loads what is named like the library and stands in this folder by the library's full path.
+set(KELM_DEBUG ${CMAKE_CURRENT_SOURCE_DIR}/debug/kelm_debug.py)
+install(FILES ${KELM_DEBUG} DESTINATION ${CMAKE_INSTALL_DATADIR}/kelm)
+install(FILES ${KELM_DEBUG} RENAME libkelm.so.${PROJECT_VERSION}-gdb.py
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR})
+
 # The library needs no other package, so its targets are the whole configuration.
 install(EXPORT kelm FILE KelmConfig.cmake NAMESPACE kelm:: DESTINATION ${KELM_CMAKE_DIR})
 write_basic_package_version_file(KelmConfigVersion.cmake COMPATIBILITY SameMajorVersion)

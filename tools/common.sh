@@ -34,6 +34,7 @@ need_tests() {
     need pkg-config command -v pkg-config
     need python3 command -v python3
     need libfmt-dev test -f /usr/include/fmt/format.h
+    need gdb command -v gdb
     need valgrind command -v valgrind
     # Newer releases keep the rarer converters of the C library in a package of their own.
     if apt-cache show libc-gconv-modules-extra >/dev/null 2>&1; then
