@@ -5,6 +5,7 @@
 #include <sstream>
 #include <string>
 
+#include "allocator.h"
 #include "input.h"
 #include "operations.h"
 
@@ -171,27 +172,63 @@ private:
             Tell(row.name, nTarget, nOther, nResult, arguments, bOwnF, bOwnG);
         }
         Remember();
+        auto own = arguments;
+        own.f = bOwnF ? pchOwn : own.f;
+        own.fOrNull = bOwnF && own.fOrNull != nullptr ? pchOwn : own.fOrNull;
+        own.gOrNull = bOwnG && own.gOrNull != nullptr ? pchOwn : own.gOrNull;
+        operations::RealStep<Text> actual{own, real_[nTarget], real_[nOther], real_[nResult],
+                                          narrow_};
+        const auto refusal = static_cast<Refusal>(in_.Byte() % 16);
+        const bool bRefuses = refusal <= (row.TakesOtherArrays() ? Refusal::ThrowFromThenOn
+                                                                 : Refusal::NullFromThenOn);
+        if (Throws(row, actual, bRefuses ? refusal : Refusal::None, 1 + in_.Below(4)) &&
+            (!IsAsBefore(row.leaves, nTarget) || Throws(row, actual, Refusal::None, 0))) {
+            return;
+        }
         operations::ModelStep<Text> expected{arguments, model_[nTarget], model_[nOther],
                                              model_[nResult], narrowModel_};
         row.expect(expected);
-        if (bOwnF) {
-            arguments.f = pchOwn;
-            arguments.fOrNull = arguments.fOrNull == nullptr ? nullptr : pchOwn;
-        }
-        if (bOwnG) {
-            arguments.gOrNull = arguments.gOrNull == nullptr ? nullptr : pchOwn;
-        }
-        operations::RealStep<Text> actual{arguments, real_[nTarget], real_[nOther], real_[nResult],
-                                          narrow_};
-        try {
-            row.run(actual);
-        } catch (const std::exception& exception) {
-            Expect("", "thrown", std::string(exception.what()), std::string());
-        }
         Expect("", "result", actual.result, expected.result);
         Expect("", "narrow text", quoted(whole(narrow_)), quoted(narrowModel_.Whole()));
         Compare();
         Shorten();
+    }
+
+    /// Does the step with an allocation that fails, or none.
+    bool Throws(const operations::Row<Text>& row, operations::RealStep<Text>& step, Refusal refusal,
+                long nFail) {
+        bool bThrown = false;
+        allocator.Arm(refusal, nFail);
+        try {
+            row.run(step);
+        } catch (const std::bad_alloc&) {
+            bThrown = true;
+        }
+        allocator.refusal = Refusal::None;
+        const bool bRefused = allocator.nRefused > 0;
+        Expect("", "bad_alloc", bThrown, bRefused && refusal != Refusal::Null);
+        Expect("", "allocates", bRefused && row.leaves == operations::Leaves::Never, false);
+        return bThrown;
+    }
+
+    /// Whether a step that failed has left everything, so that it can be done again. A target that
+    /// may have lost its text or the block that it shared starts anew.
+    bool IsAsBefore(operations::Leaves leaves, std::size_t nTarget) {
+        using operations::Leaves;
+        auto& real = real_[nTarget];
+        auto& model = model_[nTarget];
+        const bool bMoved = real.constBuffer() != addresses_[nTarget];
+        const bool bLost = leaves == Leaves::TextOfSteps || (bMoved && model.Refs() > 1) ||
+                           (leaves == Leaves::TextOrEmpty && real.IsEmpty());
+        if (leaves == Leaves::Text) {
+            Expect("", "text after a failure", quoted(whole(real)), quoted(model.Whole()));
+        }
+        if (bLost) {
+            static_cast<Text&>(real).Release();
+            model.Release();
+        }
+        Compare();
+        return !bLost;
     }
 
     void Tell(const char* name, std::size_t nTarget, std::size_t nOther, std::size_t nResult,
