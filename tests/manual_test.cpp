@@ -1,89 +1,69 @@
-// The examples of the manual at the top of the header, as they stand there.
+// The examples of the header and the documents, taken out of them, and what they promise.
 
 #include <gtest/gtest.h>
 
-#include <sstream>
+#include <cstdio>
+#include <cstring>
 #include <string>
+#include <vector>
 
 #include "Kelm.h"
 
-TEST(Manual, AText) {
-    Kelm name("Ada");
-    EXPECT_STREQ(name, "Ada");
-    WString wide(name);
-    Kelm back = wide.ToKelm();
+TEST(Manual, TextsAndFormatting) {
+#include "Kelm.h-1.inc"
+#include "Kelm.h-2.inc"
+#include "Kelm.h-6.inc"
     EXPECT_TRUE(wide == u"Ada");
     EXPECT_EQ(back, name);
+    EXPECT_STREQ(report, "Ada       99.5 % of 5000000000");
 }
 
 TEST(Manual, Sharing) {
-    Kelm a("text"), b(a);
-    EXPECT_EQ(a.constBuffer(), b.constBuffer());
-    b.Append('!');
+#include "Kelm.h-3.inc"
     EXPECT_STREQ(a, "text");
     EXPECT_STREQ(b, "text!");
 }
 
 TEST(Manual, LengthAndCapacity) {
-    Kelm bytes("a\0b", 3);
-    Kelm upToNul("a\0b");
+#include "Kelm.h-4.inc"
+#include "Kelm.h-5.inc"
     EXPECT_EQ(bytes.GetLength(), 3);
     EXPECT_EQ(upToNul.GetLength(), 1);
-
-    Kelm line;
-    line.GetBuffer(200);
-    EXPECT_EQ(line.GetAllocLength(), 200);
-    EXPECT_EQ(line.GetLength(), 0);
-    const char* place = line;
-    line.Append("built without a new block for each piece");
-    EXPECT_EQ(line.constBuffer(), place);
-    line.FreeExtra();
     EXPECT_EQ(line.GetAllocLength(), line.GetLength());
 }
 
-TEST(Manual, Formatting) {
-    Kelm name("Ada");
-    Kelm report = Kelm::FromFormat("%-8s %5.1f %%", name.constBuffer(), 99.5);
-    report.AppendFormat(" of %I64d", 5000000000LL);
-    EXPECT_STREQ(report, "Ada       99.5 % of 5000000000");
-}
-
 TEST(Manual, CodePages) {
-    WString sign = WString::FromCodePage("\x83\x4a", 932);
+#include "Kelm.h-7.inc"
     EXPECT_TRUE(sign == u"\u30AB");
-    Kelm utf8 = sign.ToKelm(65001);
     EXPECT_STREQ(utf8, "\xE3\x82\xAB");
 }
 
-TEST(Manual, Tokens) {
-    Kelm text("first line\nsecond 'line two'");
-    Kelm words;
-    for (Kelm::Token token(text); token; ++token) {
-        words << token.Current() << ';';
-    }
-    EXPECT_STREQ(words, "first;line;second;line two;");
-    Kelm::Token line(text);
-    Kelm lines;
-    while (line.NextLine()) {
-        lines << line.Current() << ';';
-    }
-    EXPECT_STREQ(lines, "first line;second 'line two';");
+TEST(Manual, Walks) {
+    const Kelm text("first line\n\nsecond 'line two'\n"), row("a;;b");
+    std::string used;
+    struct {
+        std::string& used;
+        void operator()(const Kelm& piece) const { used += (piece + "|").constBuffer(); }
+        void operator()(int number, const Kelm& line) const {
+            (*this)(Kelm::From(number));
+            (*this)(line);
+        }
+    } const use{used};
+#include "Kelm.h-8.inc"
+    {
+#include "Kelm.h-9.inc"
+    } {
+#include "coming-from.md-1.inc"
+    } EXPECT_EQ(used, "first|line|second|line two|1|first line|2||3|second 'line two'|a||b|");
 }
 
-TEST(Manual, LinesWithNumbers) {
-    for (const Kelm text : {"", "one", "one\n\nthree\n", "\n\r\n", "\n\n4"}) {
-        std::istringstream stream{std::string(text)};
-        std::string expected;
-        const auto use = [&](int number, const Kelm& line) {
-            ASSERT_TRUE(std::getline(stream, expected)) << number;
-            EXPECT_EQ(line, expected.c_str());
-        };
-        int number = 0;
-        for (int start = 0, end; start < text.GetLength(); start = end + 1) {
-            end = text.Find('\n', start);
-            end = end < 0 ? text.GetLength() : end;
-            use(++number, text.Mid(start, end - start));
-        }
-        EXPECT_FALSE(std::getline(stream, expected));
-    }
+TEST(Manual, Writing) {
+    const std::vector<Kelm> words = {"some", "words"};
+    Kelm text;
+    const auto read_name = [](char* to, int) { std::strcpy(to, "Ada"); };
+#include "sharing.md-1.inc"
+#include "sharing.md-2.inc"
+    EXPECT_STREQ(line, "some words ");
+    EXPECT_EQ(line.GetAllocLength(), line.GetLength());
+    EXPECT_STREQ(text, "Ada");
 }
