@@ -10,6 +10,7 @@
 #include <cstring>
 #include <iterator>
 #include <string>
+#include <type_traits>
 
 #include "input.h"
 #include "open.h"
@@ -28,35 +29,30 @@ struct OtherText {
     Text text;
 };
 
+template <bool isWide>
+auto Pick(const Text& text) {
+    if constexpr (isWide) {
+        return text.wide;
+    } else {
+        return text.narrow;
+    }
+}
+
 inline constexpr Text kTexts[] = {
     {"", u""}, {"a", u"a"}, {"%d%%", u"%d%%"}, {"some words and more", u"some words and more"}};
 
-struct ForKelm {};
-struct ForWString {};
-struct ForC {};
+enum class User { Kelm, WString, C };
 
-/// The argument as each of the three takes it.
-inline const char* Own(const Text& text, ForKelm) {
-    return text.narrow;
-}
-inline const char16_t* Own(const Text& text, ForWString) {
-    return text.wide;
-}
-inline const char* Own(const Text& text, ForC) {
-    return text.narrow;
-}
-inline const char16_t* Own(const OtherText& other, ForKelm) {
-    return other.text.wide;
-}
-inline const char* Own(const OtherText& other, ForWString) {
-    return other.text.narrow;
-}
-inline const char* Own(const OtherText& other, ForC) {
-    return other.text.narrow;
-}
-template <class Value, class User>
-Value Own(Value value, User) {
-    return value;
+/// The argument as one of the three takes it.
+template <User user, class Value>
+auto Own(const Value& value) {
+    if constexpr (std::is_same_v<Value, Text>) {
+        return Pick<user == User::WString>(value);
+    } else if constexpr (std::is_same_v<Value, OtherText>) {
+        return Pick<user == User::Kelm>(value.text);
+    } else {
+        return value;
+    }
 }
 
 enum class Type { Int, Int64, Double, Text, OtherText };
@@ -138,6 +134,10 @@ inline void AddConversion(Call& call, Input& input) {
         AddInteger(call, input, letter);
         return;
     }
+    if (letter == 's' || letter == 'c') {
+        constexpr const char* kPrefixes[] = {"", "F", "L", "N", "I32"};
+        call.format += kPrefixes[input.Byte() % std::size(kPrefixes)];
+    }
     call.format += letter;
     call.cFormat += letter == 'S' ? 's' : letter;
     Argument& argument = call.arguments[call.count++];
@@ -172,17 +172,17 @@ inline Call MakeCall(Input& input) {
 template <class... Values>
 std::string Check(const Call& call, Values... values) {
     Open<Kelm> narrow;
-    narrow.Format(call.format.c_str(), Own(values, ForKelm())...);
+    narrow.Format(call.format.c_str(), Own<User::Kelm>(values)...);
     const std::u16string wideFormat(call.format.begin(), call.format.end());
     Open<WString> wide;
-    wide.Format(wideFormat.c_str(), Own(values, ForWString())...);
+    wide.Format(wideFormat.c_str(), Own<User::WString>(values)...);
     const std::string text = whole(narrow);
     // The 0 is for the formats that take no argument: the compilers warn of such a call.
     const bool bSame = !call.isComparable ||
-                       text == oracle::printed(call.cFormat.c_str(), Own(values, ForC())..., 0);
+                       text == oracle::printed(call.cFormat.c_str(), Own<User::C>(values)..., 0);
     const bool bTwins = whole(wide) == std::u16string(text.begin(), text.end());
     narrow = "<";
-    narrow.AppendFormat(call.format.c_str(), Own(values, ForKelm())...);
+    narrow.AppendFormat(call.format.c_str(), Own<User::Kelm>(values)...);
     const bool bAppended = whole(narrow) == '<' + text;
     return bSame && bTwins && bAppended
                ? ""

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -24,21 +25,33 @@ namespace oracle {
 template <class Unit>
 using Characters = std::vector<std::basic_string<Unit>>;
 
-inline bool is_utf8_character(const std::string& bytes) {
-    const auto bits = [&](std::size_t i) -> unsigned {
-        return static_cast<unsigned char>(bytes[i]);
-    };
-    const std::size_t length = bytes.size();
-    unsigned value = bits(0) & (0xFFU >> (length + 1));
-    for (std::size_t i = 1; i < length; ++i) {
-        if (bits(i) >> 6 != 2) {
-            return false;
+/// The code point that the bytes are in UTF-8.
+inline std::optional<char32_t> utf8_code(std::string_view bytes) {
+    constexpr char32_t kLeast[] = {0, 0x80, 0x800, 0x10000};
+    const std::size_t more = bytes.size() - 1;
+    const unsigned lead = static_cast<unsigned char>(bytes[0]);
+    char32_t code = more == 0 ? lead : lead & (0x3FU >> more);
+    for (const char byte : bytes.substr(1)) {
+        if ((byte & 0xC0) != 0x80) {
+            return {};
         }
-        value = value << 6 | (bits(i) & 0x3FU);
+        code = code << 6 | (byte & 0x3FU);
     }
-    const unsigned least[] = {0x80, 0x800, 0x10000};
-    return length <= 4 && bits(0) >> (7 - length) == (2U << length) - 2 &&
-           value >= least[length - 2] && value <= 0x10FFFF && value / 0x800 != 0xD800 / 0x800;
+    const bool isLead =
+        more == 0 ? lead < 0x80 : more < 4 && lead >> (6 - more) == (4U << more) - 2;
+    const bool isCode = isLead && code >= kLeast[more] && code <= 0x10FFFF && code >> 11 != 0x1B;
+    return isCode ? std::optional(code) : std::nullopt;
+}
+
+/// Whether some bytes behind these would make them one character, or they are one.
+inline bool begins_utf8(const std::string& bytes) {
+    const auto lead = static_cast<unsigned char>(bytes[0]);
+    const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    bool begins = false;
+    for (std::size_t more = length - bytes.size(); const char fill : {'\x80', '\xBF'}) {
+        begins |= more < length && utf8_code(bytes + std::string(more, fill));
+    }
+    return begins;
 }
 
 inline std::string codeset() {
@@ -66,7 +79,7 @@ inline bool is_lead(const std::string& ranges, char byte) {
 /// Whether the bytes, two or more, are one character of the locale.
 inline bool is_character(const std::string& name, const std::string& bytes) {
     if (name == "UTF-8") {
-        return is_utf8_character(bytes);
+        return utf8_code(bytes).has_value();
     }
     const std::string ranges = lead_ranges(name);
     if (!ranges.empty()) {
@@ -311,46 +324,15 @@ inline void append_code(std::u16string& text, char32_t code) {
     text += static_cast<char16_t>(code);
 }
 
-struct Utf8Form {
-    unsigned char first[2];
-    std::vector<std::pair<int, int>> others;
-};
-
-inline const Utf8Form kUtf8Forms[] = {
-    {{0x00, 0x7F}, {}},
-    {{0xC2, 0xDF}, {{0x80, 0xBF}}},
-    {{0xE0, 0xE0}, {{0xA0, 0xBF}, {0x80, 0xBF}}},
-    {{0xE1, 0xEC}, {{0x80, 0xBF}, {0x80, 0xBF}}},
-    {{0xED, 0xED}, {{0x80, 0x9F}, {0x80, 0xBF}}},
-    {{0xEE, 0xEF}, {{0x80, 0xBF}, {0x80, 0xBF}}},
-    {{0xF0, 0xF0}, {{0x90, 0xBF}, {0x80, 0xBF}, {0x80, 0xBF}}},
-    {{0xF1, 0xF3}, {{0x80, 0xBF}, {0x80, 0xBF}, {0x80, 0xBF}}},
-    {{0xF4, 0xF4}, {{0x80, 0x8F}, {0x80, 0xBF}, {0x80, 0xBF}}},
-};
-
 /// One U+FFFD for each longest beginning of a character.
-inline std::u16string decode_utf8(std::string_view bytes) {
+inline std::u16string decode_utf8(const std::string& bytes) {
     std::u16string text;
-    for (std::size_t i = 0; i < bytes.size();) {
-        const auto lead = static_cast<unsigned char>(bytes[i++]);
-        const Utf8Form* form = std::find_if(
-            std::begin(kUtf8Forms), std::end(kUtf8Forms),
-            [&](const Utf8Form& f) { return lead >= f.first[0] && lead <= f.first[1]; });
-        if (form == std::end(kUtf8Forms)) {
-            text += u'\xFFFD';
-            continue;
+    for (std::size_t at = 0, length = 0; at < bytes.size(); at += length) {
+        length = 1;
+        while (at + length < bytes.size() && begins_utf8(bytes.substr(at, length + 1))) {
+            ++length;
         }
-        const std::size_t more = form->others.size();
-        char32_t code = more == 0 ? lead : lead & (0x3Fu >> more);
-        std::size_t matched = 0;
-        for (; matched < more && i < bytes.size(); ++matched, ++i) {
-            const auto byte = static_cast<unsigned char>(bytes[i]);
-            if (byte < form->others[matched].first || byte > form->others[matched].second) {
-                break;
-            }
-            code = code * 64 + (byte - 0x80u);
-        }
-        append_code(text, matched == more ? code : 0xFFFD);
+        append_code(text, utf8_code(bytes.substr(at, length)).value_or(0xFFFD));
     }
     return text;
 }
