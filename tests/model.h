@@ -35,7 +35,7 @@ public:
     Model() = default;
     Model(const Model& source) { source.Refs() < 0 ? New(source.UntilNul()) : Share(source); }
     Model(Model&& source) noexcept : block_(std::move(source.block_)) {}
-    Model(const Unit* pch) { New(pch == nullptr ? String() : String(pch)); }
+    Model(const Unit* pch) { New(Text(pch)); }
     Model(const Unit* pch, int nLength) {
         New(nLength <= 0 ? String() : String(pch, static_cast<std::size_t>(nLength)));
     }
@@ -56,11 +56,7 @@ public:
         block_ = this == &source ? nullptr : block;
         return *this;
     }
-    Model& operator=(Unit ch) { return Assign(String(1, ch)); }
-    Model& operator=(const Unit* pch) { return Assign(pch); }
-    Model& operator=(const unsigned char* pch) {
-        return Assign(reinterpret_cast<const Unit*>(pch));
-    }
+    Model& operator=(const auto& text) { return Assign(Text(text)); }
     void Empty() {
         if (!IsEmpty()) {
             IsLocked() ? static_cast<void>(Assign({})) : Release();
@@ -119,37 +115,18 @@ public:
         }
     }
 
-    Model& Append(const Model& text) { return Add(text.Whole()); }
-    Model& Append(Unit ch) { return Add(String(1, ch)); }
-    Model& Append(const Unit* pch) { return Add(pch); }
-    template <class Other>
-    Model& operator+=(const Other& text) {
-        return Append(text);
-    }
-    template <class Other>
-    Model& operator<<(const Other& text) {
-        if constexpr (std::is_integral_v<Other> && !std::is_same_v<Other, Unit>) {
-            return Append(From(text));
-        } else {
-            return Append(text);
-        }
-    }
-    friend Model operator+(const Model& a, const Model& b) { return Made(a.Whole() + b.Whole()); }
-    friend Model operator+(const Model& a, Unit ch) { return Made(a.Whole() + ch); }
+    Model& Append(const auto& text) { return Add(Text(text)); }
+    Model& operator+=(const auto& text) { return Add(Text(text)); }
+    Model& operator<<(const auto& text) { return Add(Text(text)); }
+    friend Model operator+(const Model& a, const auto& b) { return Made(a.Whole() + Text(b)); }
     friend Model operator+(Unit ch, const Model& b) { return Made(ch + b.Whole()); }
-    friend Model operator+(const Model& a, const Unit* pch) { return Made(a.Whole() + pch); }
     friend Model operator+(const Unit* pch, const Model& b) { return Made(pch + b.Whole()); }
 
-    int Find(Unit ch) const { return Find(ch, 0); }
-    int Find(Unit ch, int nStart) const {
-        return std::max(nStart, 0) >= GetLength()
-                   ? -1
-                   : Place(
-                         std::max(nStart, 0),
-                         [ch](const String& one) { return one == String(1, ch); }, ch == 0);
+    int Find(Unit ch, int nStart = 0) const {
+        const int nFirst = std::max(nStart, 0);
+        return nFirst >= GetLength() ? -1 : Place(nFirst, IsText(ch), ch == 0);
     }
-    int Find(const Unit* pch) const { return Find(pch, 0); }
-    int Find(const Unit* pch, int nStart) const {
+    int Find(const Unit* pch, int nStart = 0) const {
         const int nFirst = std::max(nStart, 0);
         if (pch == nullptr || nFirst > GetLength()) {
             return -1;
@@ -204,28 +181,18 @@ public:
     }
     Model SpanExcluding(const Unit* pchSet) const { return Left(Place(0, In(pchSet), true)); }
 
-    void MakeUpper() {
-        Change([](const String& text) { return folded(text, oracle::kUpper); });
-    }
-    void MakeLower() {
-        Change([](const String& text) { return folded(text, oracle::kLower); });
-    }
+    void MakeUpper() { Change(folded(UntilNul(), oracle::kUpper)); }
+    void MakeLower() { Change(folded(UntilNul(), oracle::kLower)); }
     void MakeReverse() {
-        Change([](const String& text) {
-            auto characters = oracle::split(text);
-            std::reverse(characters.begin(), characters.end());
-            return oracle::join(characters);
-        });
+        auto characters = oracle::split(UntilNul());
+        std::reverse(characters.begin(), characters.end());
+        Change(oracle::join(characters));
     }
     void TrimRight() { TrimEnd(IsSpaceUnit); }
-    void TrimRight(Unit ch) {
-        TrimEnd([ch](Unit one) { return one == ch; });
-    }
+    void TrimRight(Unit ch) { TrimEnd(IsUnit(ch)); }
     void TrimRight(const Unit* pchSet) { TrimEnd(FirstIn(pchSet)); }
     void TrimLeft() { TrimStart(IsSpaceUnit); }
-    void TrimLeft(Unit ch) {
-        TrimStart([ch](Unit one) { return one == ch; });
-    }
+    void TrimLeft(Unit ch) { TrimStart(IsUnit(ch)); }
     void TrimLeft(const Unit* pchSet) {
         if (pchSet != nullptr && *pchSet != 0) {
             TrimStart(FirstIn(pchSet));
@@ -280,9 +247,7 @@ public:
     }
 
     int Remove(const Unit* pch) { return Replace(pch, nullptr); }
-    int Remove(Unit ch) {
-        return Lose([ch](Unit one) { return one == ch; });
-    }
+    int Remove(Unit ch) { return Lose(IsUnit(ch)); }
     int RemoveSpace() { return Lose(IsSpaceUnit); }
     int RemovePunctuation() {
         return Lose([](Unit ch) { return IsIn(ch, std::iswpunct, std::ispunct); });
@@ -343,16 +308,11 @@ public:
     void Format(const Unit* pchFormat) {
         Print(0, pchFormat, sizeof(Unit) * Text(pchFormat).size());
     }
-    template <class Value>
-    void Format(const Unit* pchFormat, Value value) {
-        PrintOne(0, pchFormat, value);
-    }
-    template <class Value>
-    void AppendFormat(const Unit* pchFormat, Value value) {
+    void Format(const Unit* pchFormat, auto value) { PrintOne(0, pchFormat, value); }
+    void AppendFormat(const Unit* pchFormat, auto value) {
         PrintOne(GetLength(), pchFormat, value);
     }
-    template <class Value>
-    static Model FromFormat(const Unit* pchFormat, Value value) {
+    static Model FromFormat(const Unit* pchFormat, auto value) {
         Model result;
         result.Format(pchFormat, value);
         return result;
@@ -439,20 +399,12 @@ public:
     Model Element(int n, Unit chDelimiter) const {
         return n < 0 ? Model() : Elements(n, n, chDelimiter);
     }
-    int IndexOfElement(const Unit* pch, Unit chDelimiter) const {
-        return FirstField(chDelimiter, [=](const Model& one) { return one.Compare(pch) == 0; });
-    }
-    int IndexOfElement(double d, Unit chDelimiter) const {
-        return FirstField(chDelimiter, [=](const Model& one) { return one.Double() == d; });
-    }
-    int IndexOfElement(int n, Unit chDelimiter) const {
-        return FirstField(chDelimiter, [=](const Model& one) { return one.Int() == n; });
-    }
-    int IndexOfElement(Unit ch, Unit chDelimiter) const {
-        return FirstField(chDelimiter, [=](const Model& one) { return one.Char() == ch; });
-    }
-    int IndexOfElement(bool b, Unit chDelimiter) const {
-        return FirstField(chDelimiter, [=](const Model& one) { return one.Bool() == b; });
+    int IndexOfElement(auto value, Unit chDelimiter) const {
+        const auto fields = Fields(chDelimiter);
+        const auto hit = std::find_if(fields.begin(), fields.end(), [&](const String& field) {
+            return Made(field).Reads(value);
+        });
+        return hit == fields.end() ? -1 : static_cast<int>(hit - fields.begin());
     }
 
     bool ToCharacterSet(unsigned int nPage) { return Recode(0, nPage); }
@@ -464,8 +416,6 @@ public:
         const Model decoded(text);
         return *this = decoded;
     }
-    Model& Append(const Narrow& text) { return Append(Model(text)); }
-    friend Model operator+(const Model& a, const Narrow& b) { return a + Model(b); }
     static Model FromCodePage(const Narrow& text, unsigned int nPage) {
         return Made(Model<char>::Decoded(text.Whole(), nPage));
     }
@@ -506,7 +456,20 @@ public:
     }
 
 private:
+    static String Text(const Model& text) { return text.Whole(); }
+    static String Text(Unit ch) { return String(1, ch); }
     static String Text(const Unit* pch) { return pch == nullptr ? String() : String(pch); }
+    static String Text(const unsigned char* pch) {
+        return Text(reinterpret_cast<const Unit*>(pch));
+    }
+    template <class Other>
+    static String Text(const Other& other) {
+        if constexpr (std::is_integral_v<Other>) {
+            return From(other).Whole();
+        } else {
+            return Model(other).Whole();
+        }
+    }
     static String Widened(const std::string& text) { return {text.begin(), text.end()}; }
     static std::string Converter(unsigned int nPage) {
         const std::string own = oracle::codeset();
@@ -528,6 +491,12 @@ private:
     }
     static auto FirstIn(const Unit* pchSet) {
         return [isIn = In(pchSet)](Unit ch) { return isIn(String(1, ch)); };
+    }
+    static auto IsUnit(Unit ch) {
+        return [ch](Unit one) { return one == ch; };
+    }
+    static auto IsText(Unit ch) {
+        return [ch](const String& one) { return one == String(1, ch); };
     }
     static Unit UpperOf(Unit ch) {
         return sizeof(Unit) == 1 ? static_cast<Unit>(std::toupper(static_cast<unsigned char>(ch)))
@@ -623,11 +592,8 @@ private:
         return Made(
             Whole().substr(static_cast<std::size_t>(nFirst), static_cast<std::size_t>(nCount)));
     }
-    template <class Fold>
-    void Change(Fold fold) {
-        const String text = UntilNul();
-        Write(fold(text) + Whole().substr(text.size()));
-    }
+    /// The text up to the first NUL by one as long.
+    void Change(const String& text) { Write(text + Whole().substr(text.size())); }
     template <class Test>
     void TrimEnd(Test test) {
         String kept, text;
@@ -704,17 +670,11 @@ private:
         }
         return fields;
     }
-    template <class Test>
-    int FirstField(Unit chDelimiter, Test test) const {
-        int n = 0;
-        for (const String& field : Fields(chDelimiter)) {
-            if (test(Made(field))) {
-                return n;
-            }
-            ++n;
-        }
-        return -1;
-    }
+    bool Reads(const Unit* pch) const { return Compare(pch) == 0; }
+    bool Reads(double d) const { return Double() == d; }
+    bool Reads(int n) const { return Int() == n; }
+    bool Reads(Unit ch) const { return Char() == ch; }
+    bool Reads(bool b) const { return Bool() == b; }
     bool Recode(unsigned int nFrom, unsigned int nTo) {
         const std::string bytes = Encoded(Decoded(Whole(), nFrom), nTo);
         if (!bytes.empty()) {
