@@ -234,8 +234,10 @@ std::vector<Row<Text>> common_rows() {
          }},
         {"FromFormat(C const*, ...)", text,
          [](auto& s) {
-             return s.nCount % 2 == 0 ? s.t.FromFormat(s.kInt, s.n)
-                                      : s.t.FromFormat(s.kCharacter, s.nRoom % 3);
+             return s.nCount % 4 == 0   ? s.t.FromFormat(s.kInt, s.n)
+                    : s.nCount % 4 == 1 ? s.t.FromFormat(s.kText, s.g)
+                    : s.nCount % 4 == 2 ? s.t.FromFormat(s.kCharacter, s.nRoom % 3)
+                                        : s.t.FromFormat(s.kWideDouble, s.d);
          }},
         {"Bool()", never, [](auto& s) { return s.t.Bool(); }},
         {"Int()", never, [](auto& s) { return s.t.Int(); }},

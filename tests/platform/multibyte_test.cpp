@@ -1,22 +1,32 @@
-#include "multibyte/characters.h"
+#include "multibyte/multibyte.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
+#include <cwchar>
+#include <functional>
 #include <string>
 
 #include "locales.h"
+#include "multibyte/case.h"
+#include "multibyte/characters.h"
 #include "multibyte/single_bytes.h"
+#include "oracle.h"
 
 namespace {
 
+using platform::ByteClass;
 using platform::CodePage;
 
+const CodePage& page() {
+    return *platform::process_code_page();
+}
+
 // In quadratic time these would take hours.
-TEST(MultibyteTest, TextsOfLeadBytesAlone) {
-    const CodePage& page = *platform::find_code_page(932);
+TEST(Multibyte, TextsOfLeadBytesAlone) {
+    const LocaleScope locale("ja_JP.SHIFT_JIS");
     for (const std::string unit : {"\x81", "\x81\x40"}) {
         std::string text;
         while (text.size() < 1 << 20) {
@@ -26,43 +36,94 @@ TEST(MultibyteTest, TextsOfLeadBytesAlone) {
         const char* last = first + text.size();
         bool all[256];
         std::fill(std::begin(all), std::end(all), true);
-        EXPECT_EQ(platform::trailing_run(page, first, last, all), first);
-        EXPECT_EQ(platform::_mbschr(page, first, last, 0x81), nullptr);
-        // Shorter, since a sanitizer looks at all of the text before each step back.
-        EXPECT_EQ(platform::_mbsrchr(page, last - 0x4000, last, 0x81), nullptr);
-        EXPECT_EQ(platform::_mbschr(page, first, last, 0x40), nullptr);
-        EXPECT_EQ(platform::_mbsrchr(page, last - 0x4000, last, 0x40), nullptr);
-        EXPECT_EQ(platform::_mbspbrk(page, first, last, "@\x81"), nullptr);
+        EXPECT_EQ(platform::trailing_run(page(), first, last, all), first);
+        for (const char byte : {'\x81', '\x40'}) {
+            EXPECT_EQ(platform::_mbschr(page(), first, last, byte), nullptr);
+            // Shorter, since a sanitizer looks at all of the text before each step back.
+            EXPECT_EQ(platform::_mbsrchr(page(), last - 0x4000, last, byte), nullptr);
+        }
+        EXPECT_EQ(platform::_mbspbrk(page(), first, last, "@\x81"), nullptr);
         const std::string inside = text.substr(text.size() / 2 + 1);
-        EXPECT_EQ(platform::_mbsstr(page, first, last, inside.data(), inside.size()),
+        EXPECT_EQ(platform::_mbsstr(page(), first, last, inside.data(), inside.size()),
                   unit.size() == 1 ? first : nullptr);
     }
-}
-
-TEST(MultibyteTest, ErrnoStays) {
-    const LocaleScope locale("ja_JP.EUC-JP");
+    const LocaleScope other("ja_JP.EUC-JP");
     errno = 0;
-    EXPECT_EQ(platform::_mbclen(*platform::process_code_page(), "\xA4z"), 1U);
+    EXPECT_EQ(platform::_mbclen(page(), "\xA4z"), 1U);
     EXPECT_EQ(errno, 0);
 }
 
-TEST(MultibyteTest, Values) {
-    EXPECT_TRUE(platform::_ismbcspace('\v'));
-    EXPECT_FALSE(platform::_ismbcspace(0x100 + ' '));
-    EXPECT_TRUE(platform::_ismbcdigit('0'));
-    EXPECT_TRUE(platform::_ismbcdigit('9'));
-    EXPECT_FALSE(platform::_ismbcdigit('0' - 1) || platform::_ismbcdigit('9' + 1));
-    EXPECT_EQ(platform::_mbsnbcmp("I64d", "I64", 3), 0);
-    EXPECT_NE(platform::_mbsnbcmp("I6", "I64", 3), 0);
+// By comparing at every place this would go on for minutes.
+TEST(Multibyte, FoldedSearchIsLinearInTextMadeToMislead) {
+    std::string text(2000000, 'a');
+    std::string wanted(text.size() / 8, 'A');
+    wanted[wanted.size() / 2] = 'B';
+    const char* const place = text.data() + text.size() / 2 + 1;
+    for (const char* name : {"C", "tr_TR.ISO-8859-9"}) {
+        const LocaleScope locale(name);
+        for (const char letter : {'a', 'b'}) {
+            text[text.size() / 2 + 1 + wanted.size() / 2] = letter;
+            EXPECT_EQ(platform::find_folded(page(), text.data(), text.data() + text.size(),
+                                            wanted.data(), wanted.size()),
+                      letter == 'b' ? place : nullptr);
+        }
+    }
 }
 
-TEST(SingleBytesTest, ClassesOfTheLocale) {
-    using platform::ByteClass;
-    struct {
+TEST(Multibyte, FoldsEveryCharacterOfTheLocale) {
+    for (const char* name : {"en_US.UTF-8", "tr_TR.UTF-8", "ja_JP.SHIFT_JIS", "zh_CN.GB18030"}) {
+        const LocaleScope locale(name);
+        std::string all;
+        for (wchar_t value = 1; value < 0x1F000; ++value) {
+            char bytes[16];
+            std::mbstate_t state{};
+            const std::size_t length = std::wcrtomb(bytes, value, &state);
+            all.append(bytes, length <= sizeof bytes ? length : 0);
+        }
+        std::string upper = all, lower = all;
+        platform::_mbsupr(page(), upper.data());
+        platform::_mbslwr(page(), lower.data());
+        EXPECT_TRUE(upper == oracle::folded(all, oracle::kUpper)) << name;
+        EXPECT_TRUE(lower == oracle::folded(all, oracle::kLower)) << name;
+    }
+}
+
+TEST(Multibyte, CollationIsTheLocales) {
+    const struct {
+        const char* locale;
+        const char *left, *right;
+        int exact, ignoringCase;
+    } cases[] = {
+        {"C", "a", "B", 1, -1},
+        {"de_DE.UTF-8", "Zebra", "\xC3\x84pfel", 1, 1},
+        {"de_DE.UTF-8", "\xC3\xA4pfel", "\xC3\x84PFEL", -1, 0},
+        {"de_DE.ISO-8859-1", "\xE4pfel", "\xC4PFEL", -1, 0},
+    };
+    for (const auto& [name, left, right, exact, ignoringCase] : cases) {
+        const LocaleScope locale(name);
+        for (const std::size_t size : {0U, 300U, 3000U}) {
+            const std::string tail(size, 'x'), a = left + tail, b = right + tail;
+            EXPECT_EQ(oracle::sign(platform::_mbscoll(page(), a.c_str(), b.c_str())), exact) << a;
+            EXPECT_EQ(oracle::sign(platform::_mbsicoll(page(), a.c_str(), b.c_str())), ignoringCase)
+                << a;
+        }
+    }
+}
+
+TEST(SingleBytes, ClassesOfTheLocale) {
+    for (unsigned value = 0; value < 0x200; ++value) {
+        EXPECT_EQ(platform::_ismbcdigit(value), value >= '0' && value <= '9') << value;
+        EXPECT_EQ(platform::_ismbcspace(value),
+                  value < 0x80 && std::isspace(static_cast<int>(value)) != 0)
+            << value;
+    }
+    EXPECT_EQ(platform::_mbsnbcmp("I64d", "I64", 3), 0);
+    EXPECT_NE(platform::_mbsnbcmp("I6", "I64", 3), 0);
+    const struct {
         bool (*isIn)(char) noexcept;
         int (*expected)(int);
         ByteClass (*members)() noexcept;
-    } const classes[] = {
+    } classes[] = {
         {platform::isspace, std::isspace, ByteClass::Space},
         {platform::ispunct, std::ispunct, ByteClass::Punctuation},
         {platform::iscntrl, std::iscntrl, ByteClass::Control},
@@ -82,22 +143,21 @@ TEST(SingleBytesTest, ClassesOfTheLocale) {
         }
         for (const auto& one : classes) {
             const ByteClass members = one.members();
-            const auto expected = [&](char ch) {
+            const auto is_in = [&](char ch) {
                 return one.expected(static_cast<unsigned char>(ch)) != 0;
             };
-            std::string in;
-            std::string out;
             for (const char ch : all) {
-                EXPECT_EQ(one.isIn(ch), expected(ch)) << name << ' ' << int{ch};
-                (expected(ch) ? in : out) += ch;
+                EXPECT_EQ(one.isIn(ch), is_in(ch)) << name << ' ' << int{ch};
             }
+            std::string in = all + all + all, out = all;
+            std::erase_if(in, std::not_fn(is_in));
+            std::erase_if(out, is_in);
             for (std::size_t skip = 0; skip < 20; ++skip) {
-                std::string text = all.substr(skip);
-                std::string left = text;
-                std::erase_if(left, expected);
+                std::string text = all.substr(skip), left = text;
+                std::erase_if(left, is_in);
                 char* end = platform::remove_class(members, text.data(), text.data() + text.size());
                 EXPECT_EQ(std::string(text.data(), end), left);
-                std::string run = (in + in + in + in).substr(0, skip);
+                std::string run = in.substr(0, skip);
                 EXPECT_TRUE(platform::all_in_class(members, run.data(), run.data() + run.size()));
                 run.insert(skip / 2, 1, out[0]);
                 EXPECT_FALSE(platform::all_in_class(members, run.data(), run.data() + run.size()));

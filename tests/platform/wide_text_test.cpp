@@ -18,13 +18,6 @@ namespace {
 const char* const kLocales[] = {"C", "en_US.UTF-8", "de_DE.ISO-8859-1", "ja_JP.SHIFT_JIS",
                                 "tr_TR.UTF-8"};
 
-std::u16string Upper(const std::u16string& text) {
-    return oracle::folded(text, oracle::kUpper);
-}
-std::u16string Lower(const std::u16string& text) {
-    return oracle::folded(text, oracle::kLower);
-}
-
 TEST(WideText, IsMeasuredAndReversedAtEveryAlignment) {
     GuardedPages<char16_t> pages;
     std::u16string text;
@@ -55,11 +48,10 @@ TEST(WideText, IsComparedAtEveryAlignment) {
                     const char16_t* const left = leftPages.AcrossPages(text, before);
                     const char16_t* const right = rightPages.AtEnd(other.c_str());
                     const int order = oracle::sign(text.compare(other.c_str()));
-                    ASSERT_EQ(oracle::sign(platform::wcscmp(left, right)), order)
-                        << length << ' ' << place;
-                    ASSERT_EQ(oracle::sign(platform::wcscmp(right, left)), -order);
-                    ASSERT_EQ(oracle::sign(platform::_wcsicmp(left, right)), order);
-                    ASSERT_EQ(oracle::sign(platform::_wcsicmp(right, left)), -order);
+                    for (const auto compare : {platform::wcscmp, platform::_wcsicmp}) {
+                        ASSERT_EQ(oracle::sign(compare(left, right)), order) << length << place;
+                        ASSERT_EQ(oracle::sign(compare(right, left)), -order) << length << place;
+                    }
                 }
             }
         }
@@ -83,61 +75,59 @@ std::vector<std::u16string> Samples() {
         words += static_cast<char16_t>(unit % 31 == 0 ? unit % 127 + 1 : u'a' + unit % 26);
         ascii += static_cast<char16_t>(1 + unit * 5 % 127);
     }
-    return {inOrder, byLowByte, words, ascii, ascii.substr(0, 200), ascii.substr(0, 31)};
+    return {inOrder + u'\0' + words.substr(0, 99),
+            byLowByte,
+            words,
+            ascii,
+            ascii.substr(0, 200),
+            ascii.substr(0, 31),
+            std::u16string(100, u'\0')};
 }
 
-TEST(WideText, IsFoldedAsTheLocaleFoldsEachUnit) {
+TEST(WideText, IsFoldedAndTestedAsTheLocaleHasEachUnit) {
     const std::vector<std::u16string> samples = Samples();
-    for (const char* const locale : kLocales) {
-        const LocaleScope scope(locale);
-        for (const char16_t unit : samples[0]) {
-            ASSERT_EQ(platform::towupper(unit), Upper({unit})[0]) << locale << ' ' << int{unit};
-            ASSERT_EQ(platform::towlower(unit), Lower({unit})[0]) << locale << ' ' << int{unit};
-        }
-        for (const std::u16string& source : samples) {
-            std::u16string folded = source;
-            platform::_wcsupr(folded.data());
-            ASSERT_EQ(folded, Upper(source)) << locale;
-            folded = source;
-            platform::_wcslwr(folded.data());
-            ASSERT_EQ(folded, Lower(source)) << locale;
-        }
-    }
-    std::u16string twoTexts(u"ab\0cd", 5);
-    platform::_wcsupr(twoTexts.data());
-    EXPECT_EQ(twoTexts, std::u16string_view(u"AB\0cd", 5));
-}
-
-TEST(WideText, LosesTheUnitsOfAClassOfTheLocale) {
-    struct Removal {
+    const struct {
+        char16_t (*one)(char16_t);
+        void (*all)(char16_t*);
+        oracle::Letters fold;
+    } folds[] = {{platform::towupper, platform::_wcsupr, oracle::kUpper},
+                 {platform::towlower, platform::_wcslwr, oracle::kLower}};
+    const struct {
         char16_t* (*remove)(char16_t*, char16_t*);
         bool (*test)(char16_t);
         int (*members)(wint_t);
-    };
-    const Removal removals[] = {
-        {platform::remove_space, platform::iswspace, ::iswspace},
-        {platform::remove_punctuation, platform::iswpunct, ::iswpunct},
-        {platform::remove_control, platform::iswcntrl, ::iswcntrl},
-    };
-    std::vector<std::u16string> samples = Samples();
-    samples[0] += u'\0';
-    samples.emplace_back(100, u'\0');
+    } classes[] = {{platform::remove_space, platform::iswspace, ::iswspace},
+                   {platform::remove_punctuation, platform::iswpunct, ::iswpunct},
+                   {platform::remove_control, platform::iswcntrl, ::iswcntrl},
+                   {nullptr, platform::iswdigit, ::iswdigit}};
     for (const char* const locale : kLocales) {
         const LocaleScope scope(locale);
-        for (const Removal& removal : removals) {
-            for (const char16_t unit : samples[0]) {
-                ASSERT_EQ(removal.test(unit), removal.members(unit) != 0) << locale << int{unit};
+        for (unsigned unit = 0; unit < 0x10000; ++unit) {
+            const auto ch = static_cast<char16_t>(unit);
+            for (const auto& fold : folds) {
+                ASSERT_EQ(fold.one(ch), oracle::fold_one(std::u16string{ch}, fold.fold)[0])
+                    << locale << unit;
             }
-            for (const std::u16string& text : samples) {
-                std::u16string rest = text;
-                char16_t* const end = removal.remove(rest.data(), rest.data() + rest.size());
-                std::u16string expected = text;
-                std::erase_if(expected, removal.members);
-                ASSERT_EQ(std::u16string_view(rest.data(), end), expected) << locale;
+            for (const auto& one : classes) {
+                ASSERT_EQ(one.test(ch), one.members(ch) != 0) << locale << unit;
             }
         }
-        for (const char16_t unit : samples[0]) {
-            ASSERT_EQ(platform::iswdigit(unit), ::iswdigit(unit) != 0) << locale << int{unit};
+        for (const std::u16string& sample : samples) {
+            for (const auto& fold : folds) {
+                std::u16string text = sample;
+                fold.all(text.data());
+                const std::u16string front = sample.c_str();
+                ASSERT_EQ(text, oracle::folded(front, fold.fold) + sample.substr(front.size()))
+                    << locale;
+            }
+            for (const auto& one : classes) {
+                std::u16string text = sample, expected = sample;
+                if (one.remove != nullptr) {
+                    text.erase(one.remove(text.data(), text.data() + text.size()) - text.data());
+                    std::erase_if(expected, one.members);
+                }
+                ASSERT_EQ(text, expected) << locale;
+            }
         }
     }
 }
@@ -154,7 +144,7 @@ TEST(WideText, IsSearchedWithoutCaseInLinearTime) {
             text += run;
         }
         const std::u16string pattern = run + u'x' + run;
-        const std::u16string upper = Upper(pattern);
+        const std::u16string upper = oracle::folded(pattern, oracle::kUpper);
         const std::u16string whole = text + pattern;
         const char16_t* const place = whole.data() + text.size();
         const char16_t* const end = whole.data() + whole.size();
