@@ -7,7 +7,6 @@
 
 #include "locales.h"
 #include "oracle.h"
-#include "program.h"
 #include "twins.h"
 
 namespace {
@@ -92,58 +91,6 @@ TEST(BlindRemoval, LongTextsInLinearTime) {
         const char ch = row.repeated[0];
         const bool bSingle = std::strlen(row.repeated) == 1;
         EXPECT_EQ(text.NCRemove(ch), bSingle ? nLength : 0) << row.locale;
-    }
-}
-
-// With bytes that an edit brings together to other characters.
-TEST(BlindEdits, OfAllSmallTextsInAllPages) {
-    struct Case {
-        const char* locale;
-        const char* alphabet;
-        std::vector<const char*> finds;
-    };
-    const Case cases[] = {
-        {"ja_JP.SHIFT_JIS",
-         "aA\x83\xB1",
-         {"a", "aA", "\203a", "A\203A", "\203\203", "\xB1", "\x83"}},
-        {"ja_JP.EUC-JP", "a\xA4\xA2\x8F", {"a", "\xA4\xA2", "A\xA2", "\x8F", "\xA2\xA4\xA4"}},
-        {"zh_CN.GB18030", "a\x81\x30\xB0", {"A", "\x81\x30\x81\x30", "\xB0\x61", "0", "\x81"}},
-        {"en_US.UTF-8", "a\xC3\xA9\xE3", {"A", "\xC3\xA9", "a\xA9", "\xE3", "\xA9\xE3"}},
-        {"de_DE.ISO-8859-1", "a\xC4\xE4", {"A", "\xC4", "\xE4\xC4"}}};
-    const auto expect = [](const char* what, const Open<Kelm>& text, const Model<char>& model) {
-        ASSERT_EQ(whole(text), model.Whole()) << what;
-        ASSERT_EQ(text.GetAllocLength(), model.GetAllocLength()) << what << ' ' << model.Whole();
-        ASSERT_EQ(text.Refs(), model.Refs()) << what << ' ' << model.Whole();
-    };
-    for (const Case& row : cases) {
-        const LocaleScope locale(row.locale);
-        for (const std::string& text : all_texts(std::string(row.alphabet), 5)) {
-            SCOPED_TRACE(row.locale + (' ' + text));
-            const auto edited = [&](const char* what, auto edit) {
-                Open<Kelm> object(text.c_str());
-                Model<char> model(text.c_str());
-                object.GetBuffer(text.size() % 2 == 0 ? 0 : 6);
-                model.GetBuffer(text.size() % 2 == 0 ? 0 : 6);
-                if (text.size() > 3) {
-                    object.LockBuffer();
-                    model.LockBuffer();
-                }
-                ASSERT_EQ(edit(object), edit(model)) << what;
-                expect(what, object, model);
-            };
-            for (const char* find : row.finds) {
-                edited(find, [=](auto& value) { return value.NCRemove(find); });
-                for (const char* put : {"", "x", row.finds[1], row.alphabet + 1}) {
-                    if (programs::replacing_ends(Model<char>(text.c_str()), find, put)) {
-                        edited(put, [=](auto& value) { return value.NCReplace(find, put); });
-                    }
-                }
-            }
-            for (const char* pch = row.alphabet; *pch != '\0'; ++pch) {
-                edited(pch, [=](auto& value) { return value.NCRemove(*pch); });
-                edited(pch, [=](auto& value) { return value.TrimRight(*pch), 0; });
-            }
-        }
     }
 }
 
