@@ -35,7 +35,7 @@ inline std::optional<char32_t> utf8_code(std::string_view bytes) {
         if ((byte & 0xC0) != 0x80) {
             return {};
         }
-        code = code << 6 | (byte & 0x3FU);
+        code = code << 6 | (static_cast<unsigned char>(byte) & 0x3FU);
     }
     const bool isLead =
         more == 0 ? lead < 0x80 : more < 4 && lead >> (6 - more) == (4U << more) - 2;
