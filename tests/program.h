@@ -6,6 +6,7 @@
 #include <string>
 
 #include "allocator.h"
+#include "guarded.h"
 #include "input.h"
 #include "operations.h"
 
@@ -114,10 +115,11 @@ private:
     /// Letters, or a piece of the text.
     String Some(const String& text) {
         const unsigned kind = in_.Byte();
-        const std::size_t nLong = 2 * in_.Byte();
+        const std::size_t nLong = 6 * in_.Byte();
         String result;
         if (kind % 3 == 0) {
-            return text.substr(in_.Below(text.size() + 1), 1 + kind / 3 % (bLong_ ? 80 : 6));
+            const std::size_t nAt = in_.Below(text.size() + 1);
+            return text.substr(kind % 2 == 0 ? 0 : nAt, 1 + kind / 3 % (bLong_ ? 80 : 6) * nAt);
         }
         for (unsigned n = kind / 3 % 7; n > 0; --n) {
             result += Letter();
@@ -160,8 +162,8 @@ private:
         arguments.nCount = static_cast<int>(in_.Below(24)) - 3;
         arguments.nRoom = static_cast<int>(in_.Below(60));
         arguments.nIndex = static_cast<int>(in_.Below(text.size() + 1));
-        arguments.f = f.c_str();
-        arguments.g = g.c_str();
+        arguments.f = atF_.AtEnd(f);
+        arguments.g = atG_.AtEnd(g);
         arguments.fOrNull = kinds % 16 == 0 ? nullptr : arguments.f;
         arguments.gOrNull = kinds / 16 == 0 ? nullptr : arguments.g;
         arguments.narrow = kinds == 255 ? nullptr : narrow.c_str();
@@ -289,7 +291,7 @@ private:
 
     void Shorten() {
         for (std::size_t n = 0; n < kValues; ++n) {
-            if (model_[n].GetLength() > (bLong_ ? 900 : 150)) {
+            if (model_[n].GetLength() > (bLong_ ? 2600 : 150)) {
                 static_cast<Text&>(real_[n]).Release();
                 model_[n].Release();
             }
@@ -310,6 +312,7 @@ private:
     const bool bTells_;
     const std::vector<const operations::Row<Text>*> blind_ = BlindRows();
     Input in_;
+    GuardedPages<Unit> atF_, atG_;
     const bool bLong_;
     const Setting& setting_;
     String letters_;

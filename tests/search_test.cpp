@@ -5,14 +5,11 @@
 #include <climits>
 #include <cstring>
 #include <functional>
-#include <random>
-#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "locales.h"
-#include "oracle.h"
 #include "twins.h"
 
 namespace {
@@ -69,32 +66,6 @@ TYPED_TEST(Searching, CostsNothingBehindTheNul) {
                 }
             });
             EXPECT_LT(taken, passes) << name << ' ' << search.first;
-        }
-    }
-}
-
-// Long enough to be searched in stretches, which must cut no character and no hit.
-TEST(LongSearching, StretchesAgainstAWalk) {
-    std::mt19937 random(7);
-    for (const char* name : kLocales) {
-        const LocaleScope locale(name);
-        for (int nRound = 0; nRound < 300; ++nRound) {
-            // In Shift_JIS the second byte of a long character may be a letter.
-            const char* const pieces[] = {
-                "a", "b", " ", std::string_view(name).ends_with("JIS") ? "\204a" : "\xA4\xE0"};
-            std::string text;
-            while (text.size() < 5000) {
-                const auto n = random();
-                text += n % 2000 == 1 && nRound % 2 == 1 ? std::string(1, '\0') : pieces[n / 8 % 4];
-            }
-            const std::size_t nStart = random() % 2000;
-            const std::string find =
-                oracle::until_nul(text.substr(2500 + random() % 2400, 1 + random() % 9));
-            const std::size_t nHit = oracle::find(oracle::until_nul(text.substr(nStart)), find);
-            const Kelm object(text.data(), static_cast<int>(text.size()));
-            ASSERT_EQ(object.Find(find.c_str(), static_cast<int>(nStart)),
-                      nHit == std::string::npos ? -1 : static_cast<int>(nStart + nHit))
-                << name << " round " << nRound;
         }
     }
 }
