@@ -91,15 +91,17 @@ TEST(Numbers, TakeTheNearerLimit) {
 TEST(Numbers, KnowTheSpacesOfTheLocaleAndTheDigitsOfAscii) {
     for (const char* locale : {"C", "de_DE.ISO-8859-1", "en_US.UTF-8", "ja_JP.SHIFT_JIS"}) {
         const LocaleScope scope(locale);
-        for (int value = 1; value < 0x10000; value += value + 1 == '0' ? 11 : 1) {
+        for (int value = 1; value < 0x10000; value += value + 1 == '0' ? 11 : 1) {  // no digits
             const char16_t wide[] = {static_cast<char16_t>(value), u'-', u'7', 0};
             const int inWide = std::iswspace(static_cast<wint_t>(value)) != 0 ? -7 : 0;
             ASSERT_EQ(platform::_wtoi(wide), inWide) << locale << ' ' << value;
             ASSERT_EQ(platform::_wtof(wide), inWide) << locale << ' ' << value;
-            const char narrow[] = {static_cast<char>(value), '-', '7', 0};
-            const int inNarrow = value < 256 && std::isspace(value) != 0 ? -7 : 0;
-            ASSERT_EQ(platform::atoi(narrow) * (value < 256), inNarrow) << locale << ' ' << value;
-            ASSERT_EQ(platform::atof(narrow) * (value < 256), inNarrow) << locale << ' ' << value;
+            if (value < 256) {
+                const char narrow[] = {static_cast<char>(value), '-', '7', 0};
+                const int inNarrow = std::isspace(value) != 0 ? -7 : 0;
+                ASSERT_EQ(platform::atoi(narrow), inNarrow) << locale << ' ' << value;
+                ASSERT_EQ(platform::atof(narrow), inNarrow) << locale << ' ' << value;
+            }
         }
     }
     EXPECT_EQ(platform::_wtoi(u"1\uFF11\u0132"), 1);
