@@ -19,7 +19,7 @@
 #include <sstream>
 #include <unordered_map>
 #endif
-#if __cplusplus == 202002L && __has_include(<fmt/format.h>)
+#if __cplusplus == 202002L && !defined(__clang__) && __has_include(<fmt/format.h>)
 #define FMT_HEADER_ONLY
 #include <KelmFmt.h>
 #define WITH_FMT
