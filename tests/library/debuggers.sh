@@ -44,7 +44,7 @@ gdb -nx -batch -ex "source $script" -ex up "${prints[@]}" "$work/program" "$work
 see "gdb with a core file" "$work/gdb-core"
 
 # Installed, it needs no command.
-cmake -S "$root" -B "$work/told" -DKELM_BUILD_TESTS=OFF -DKELM_BUILD_EXAMPLES=OFF \
+cmake -G Ninja -S "$root" -B "$work/told" -DKELM_BUILD_TESTS=OFF -DKELM_BUILD_EXAMPLES=OFF \
     -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_INSTALL_PREFIX="$work/usr" >"$work/told.log"
 cp -a "$build"/libkelm.so* "$work/told"
 cmake --install "$work/told" >>"$work/told.log"
