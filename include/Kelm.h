@@ -814,20 +814,14 @@ KELM_NODISCARD inline KELM_INLINE bool operator!=(const char* pchText,
                                                   const Kelm& string) noexcept {
     return !(string == pchText);
 }
-KELM_NODISCARD inline KELM_INLINE bool operator<(const Kelm& string1,
-                                                 const Kelm& string2) noexcept {
-    return string1.Compare(string2) < 0;
-}
+KELM_NODISCARD KELM_API bool operator<(const Kelm& string1, const Kelm& string2) noexcept;
 KELM_NODISCARD inline KELM_INLINE bool operator<(const Kelm& string, const char* pchText) noexcept {
     return string.Compare(pchText) < 0;
 }
 KELM_NODISCARD inline KELM_INLINE bool operator<(const char* pchText, const Kelm& string) noexcept {
     return string.Compare(pchText) > 0;
 }
-KELM_NODISCARD inline KELM_INLINE bool operator<=(const Kelm& string1,
-                                                  const Kelm& string2) noexcept {
-    return string1.Compare(string2) <= 0;
-}
+KELM_NODISCARD KELM_API bool operator<=(const Kelm& string1, const Kelm& string2) noexcept;
 KELM_NODISCARD inline KELM_INLINE bool operator<=(const Kelm& string,
                                                   const char* pchText) noexcept {
     return string.Compare(pchText) <= 0;
@@ -836,20 +830,14 @@ KELM_NODISCARD inline KELM_INLINE bool operator<=(const char* pchText,
                                                   const Kelm& string) noexcept {
     return string.Compare(pchText) >= 0;
 }
-KELM_NODISCARD inline KELM_INLINE bool operator>(const Kelm& string1,
-                                                 const Kelm& string2) noexcept {
-    return string1.Compare(string2) > 0;
-}
+KELM_NODISCARD KELM_API bool operator>(const Kelm& string1, const Kelm& string2) noexcept;
 KELM_NODISCARD inline KELM_INLINE bool operator>(const Kelm& string, const char* pchText) noexcept {
     return string.Compare(pchText) > 0;
 }
 KELM_NODISCARD inline KELM_INLINE bool operator>(const char* pchText, const Kelm& string) noexcept {
     return string.Compare(pchText) < 0;
 }
-KELM_NODISCARD inline KELM_INLINE bool operator>=(const Kelm& string1,
-                                                  const Kelm& string2) noexcept {
-    return string1.Compare(string2) >= 0;
-}
+KELM_NODISCARD KELM_API bool operator>=(const Kelm& string1, const Kelm& string2) noexcept;
 KELM_NODISCARD inline KELM_INLINE bool operator>=(const Kelm& string,
                                                   const char* pchText) noexcept {
     return string.Compare(pchText) >= 0;
@@ -1518,10 +1506,7 @@ KELM_NODISCARD inline KELM_INLINE bool operator!=(const char16_t* pchText,
                                                   const WString& string) noexcept {
     return !(string == pchText);
 }
-KELM_NODISCARD inline KELM_INLINE bool operator<(const WString& string1,
-                                                 const WString& string2) noexcept {
-    return string1.Compare(string2) < 0;
-}
+KELM_NODISCARD KELM_API bool operator<(const WString& string1, const WString& string2) noexcept;
 KELM_NODISCARD inline KELM_INLINE bool operator<(const WString& string,
                                                  const char16_t* pchText) noexcept {
     return string.Compare(pchText) < 0;
@@ -1530,10 +1515,7 @@ KELM_NODISCARD inline KELM_INLINE bool operator<(const char16_t* pchText,
                                                  const WString& string) noexcept {
     return string.Compare(pchText) > 0;
 }
-KELM_NODISCARD inline KELM_INLINE bool operator<=(const WString& string1,
-                                                  const WString& string2) noexcept {
-    return string1.Compare(string2) <= 0;
-}
+KELM_NODISCARD KELM_API bool operator<=(const WString& string1, const WString& string2) noexcept;
 KELM_NODISCARD inline KELM_INLINE bool operator<=(const WString& string,
                                                   const char16_t* pchText) noexcept {
     return string.Compare(pchText) <= 0;
@@ -1542,10 +1524,7 @@ KELM_NODISCARD inline KELM_INLINE bool operator<=(const char16_t* pchText,
                                                   const WString& string) noexcept {
     return string.Compare(pchText) >= 0;
 }
-KELM_NODISCARD inline KELM_INLINE bool operator>(const WString& string1,
-                                                 const WString& string2) noexcept {
-    return string1.Compare(string2) > 0;
-}
+KELM_NODISCARD KELM_API bool operator>(const WString& string1, const WString& string2) noexcept;
 KELM_NODISCARD inline KELM_INLINE bool operator>(const WString& string,
                                                  const char16_t* pchText) noexcept {
     return string.Compare(pchText) > 0;
@@ -1554,10 +1533,7 @@ KELM_NODISCARD inline KELM_INLINE bool operator>(const char16_t* pchText,
                                                  const WString& string) noexcept {
     return string.Compare(pchText) < 0;
 }
-KELM_NODISCARD inline KELM_INLINE bool operator>=(const WString& string1,
-                                                  const WString& string2) noexcept {
-    return string1.Compare(string2) >= 0;
-}
+KELM_NODISCARD KELM_API bool operator>=(const WString& string1, const WString& string2) noexcept;
 KELM_NODISCARD inline KELM_INLINE bool operator>=(const WString& string,
                                                   const char16_t* pchText) noexcept {
     return string.Compare(pchText) >= 0;

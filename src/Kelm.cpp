@@ -151,6 +151,12 @@ private:
     Kelm m_strLong;
 };
 
+/// The order of two values, which know their lengths.
+int compare(const Kelm& string1, const Kelm& string2) {
+    return order::compare<char>(string1, string1.GetLength(), string2, string2.GetLength(),
+                                [&] { return string1.Compare(string2.constBuffer()); });
+}
+
 }  // namespace
 
 Kelm::Kelm() noexcept {
@@ -780,12 +786,10 @@ int Kelm::Compare(const char* pchText) const noexcept {
     if (pchText == nullptr) {
         return 1;
     }
-    return order::compare<char>(m_pchData, GetLength(), pchText, [&] {
-        // Equal bytes are equal in every code page, so that it need not be asked for.
-        return std::strcmp(m_pchData, pchText) == 0
-                   ? 0
-                   : platform::_mbscmp(*platform::process_code_page(), m_pchData, pchText);
-    });
+    // Equal bytes are equal in every code page, so that it need not be asked for.
+    return pchText == m_pchData || std::strcmp(m_pchData, pchText) == 0
+               ? 0
+               : platform::_mbscmp(*platform::process_code_page(), m_pchData, pchText);
 }
 
 int Kelm::CompareNoCase(const char* pchText) const noexcept {
@@ -983,4 +987,20 @@ bool operator==(const Kelm& string1, const Kelm& string2) noexcept {
 
 bool operator==(const Kelm& string, const char* pchText) noexcept {
     return order::equal<char>(string, pchText);
+}
+
+bool operator<(const Kelm& string1, const Kelm& string2) noexcept {
+    return compare(string1, string2) < 0;
+}
+
+bool operator<=(const Kelm& string1, const Kelm& string2) noexcept {
+    return compare(string1, string2) <= 0;
+}
+
+bool operator>(const Kelm& string1, const Kelm& string2) noexcept {
+    return compare(string1, string2) > 0;
+}
+
+bool operator>=(const Kelm& string1, const Kelm& string2) noexcept {
+    return compare(string1, string2) >= 0;
 }

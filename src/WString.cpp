@@ -77,6 +77,12 @@ bool read_bool(const char16_t* pchText, int nLen) {
            equals_word(pchText, u"yes");
 }
 
+/// The order of two values, which know their lengths.
+int compare(const WString& string1, const WString& string2) {
+    return order::compare<char16_t>(string1, string1.GetLength(), string2, string2.GetLength(),
+                                    [&] { return string1.Compare(string2.constBuffer()); });
+}
+
 }  // namespace
 
 WString::WString() noexcept {
@@ -523,8 +529,7 @@ int WString::Compare(const char16_t* pchText) const noexcept {
     if (pchText == nullptr) {
         return 1;
     }
-    return order::compare<char16_t>(m_pchData, GetLength(), pchText,
-                                    [&] { return platform::wcscmp(m_pchData, pchText); });
+    return pchText == m_pchData ? 0 : platform::wcscmp(m_pchData, pchText);
 }
 
 int WString::CompareNoCase(const char16_t* pchText) const noexcept {
@@ -671,4 +676,20 @@ bool operator==(const WString& string1, const WString& string2) noexcept {
 
 bool operator==(const WString& string, const char16_t* pchText) noexcept {
     return order::equal<char16_t>(string, pchText);
+}
+
+bool operator<(const WString& string1, const WString& string2) noexcept {
+    return compare(string1, string2) < 0;
+}
+
+bool operator<=(const WString& string1, const WString& string2) noexcept {
+    return compare(string1, string2) <= 0;
+}
+
+bool operator>(const WString& string1, const WString& string2) noexcept {
+    return compare(string1, string2) > 0;
+}
+
+bool operator>=(const WString& string1, const WString& string2) noexcept {
+    return compare(string1, string2) >= 0;
 }

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <cstring>
 #include <type_traits>
 
@@ -9,36 +12,42 @@
 /// Order and equality of texts, for both classes.
 namespace order {
 
-/// Short texts that are sorted differ early, mostly: how many of their units are looked at before
-/// anything is called. Of a longer one the C library's loop costs less. The rows `sort_short` and
-/// `compare` of 1,000 chose both.
-inline constexpr int kHead = 8;
-inline constexpr int kShort = 64;
-
-/// Units below this mean themselves in every code page, as long as no other stands in front.
-template <class Unit>
-inline constexpr unsigned kPlain = sizeof(Unit) == 1 ? 0x80 : 0x10000;
-
-/// The order of a value's text and a terminated one. `whole` compares them from the start; it is
-/// asked where the first units do not decide.
+/// The order of two values. Texts that are sorted differ early, mostly, and nothing is called where
+/// they do in their first unit, or in a first word of ASCII: in every code page that means itself,
+/// as long as nothing else stands in front. `whole` compares from the start; it is asked where the
+/// word does not decide. The row `sort_short` chose this.
 template <class Unit, class Whole>
-int compare(const Unit* left, int leftLength, const Unit* right, Whole whole) {
+int compare(const Unit* left, int leftLength, const Unit* right, int rightLength, Whole whole) {
+    constexpr int kBits = 8 * sizeof(Unit);
+    constexpr std::uint64_t kOnes = ~std::uint64_t{0} / ((std::uint64_t{1} << kBits) - 1);
+    constexpr std::uint64_t kTops = kOnes << (kBits - 1);
     if (left == right) {
         return 0;
     }
-    unsigned seen = 0;
-    for (int i = 0; i < kHead && leftLength <= kShort; ++i) {
-        const unsigned a = static_cast<std::make_unsigned_t<Unit>>(left[i]);
-        const unsigned b = static_cast<std::make_unsigned_t<Unit>>(right[i]);
-        seen |= a | b;
-        if (a != b && seen < kPlain<Unit>) {
-            return static_cast<int>(a) - static_cast<int>(b);
-        }
-        if (a != b || a == 0) {
-            return a == b ? 0 : whole();
-        }
+    using Scalar = std::make_unsigned_t<Unit>;
+    const unsigned first = static_cast<Scalar>(*left);
+    const unsigned second = static_cast<Scalar>(*right);
+    if (first != second && (first | second) < (sizeof(Unit) == 1 ? 0x80 : 0x10000)) {
+        return static_cast<int>(first) - static_cast<int>(second);
     }
-    return whole();
+    if (std::min(leftLength, rightLength) < 64 / kBits) {
+        return whole();
+    }
+    std::uint64_t a, b;
+    std::memcpy(&a, left, sizeof a);
+    std::memcpy(&b, right, sizeof b);
+    const int place = std::countr_zero(a ^ b) & -kBits;
+    if (a == b) {
+        return whole();
+    }
+    const std::uint64_t front = (std::uint64_t{1} << place) - 1;
+    const std::uint64_t ends = ((a & front) - (kOnes & front)) & ~a & kTops & front;
+    const std::uint64_t foreign = sizeof(Unit) == 1 ? (a | b) & kTops & (front << kBits | 0xFF) : 0;
+    if ((ends | foreign) != 0) {
+        return whole();
+    }
+    return static_cast<int>(static_cast<Scalar>(a >> place)) -
+           static_cast<int>(static_cast<Scalar>(b >> place));
 }
 
 inline bool equal_texts(const char* left, const char* right) noexcept {

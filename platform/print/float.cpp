@@ -19,6 +19,16 @@ std::string_view locale_point() {
     return length != 0 && length <= MB_LEN_MAX ? std::string_view(text, length) : ".";
 }
 
+// Where an exponent begins, of two or three digits, or the end.
+std::size_t exponent_in(std::string_view text) {
+    for (const std::size_t size : {4U, 5U}) {
+        if (text.size() > size && text[text.size() - size] == 'e') {
+            return text.size() - size;
+        }
+    }
+    return text.size();
+}
+
 }  // namespace
 
 FloatText::FloatText(double magnitude, char letter, int precision, bool keepsZeros) noexcept {
@@ -47,13 +57,12 @@ FloatText::FloatText(double magnitude, char letter, int precision, bool keepsZer
 void FloatText::Set(double magnitude, std::chars_format format, long long precision) noexcept {
     const int digits = static_cast<int>(std::min<long long>(precision, kMaxDigits));
     const char* end = std::to_chars(buffer_, std::end(buffer_), magnitude, format, digits).ptr;
-    std::string_view text(buffer_, static_cast<std::size_t>(end - buffer_));
-    const std::size_t front = std::min(text.find('e'), text.size());
-    exponent = text.substr(front);
-    text = text.substr(0, front);
-    const std::size_t point = std::min(text.find('.'), text.size());
+    const std::string_view text(buffer_, static_cast<std::size_t>(end - buffer_));
+    const std::size_t front = format == std::chars_format::fixed ? text.size() : exponent_in(text);
+    const std::size_t point = std::min(text.find('.'), front);
     whole = text.substr(0, point);
-    fraction = text.substr(std::min(point + 1, text.size()));
+    fraction = text.substr(std::min(point + 1, front), front - std::min(point + 1, front));
+    exponent = text.substr(front);
     zeros = static_cast<std::size_t>(precision - digits);
 }
 

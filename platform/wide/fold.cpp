@@ -69,8 +69,7 @@ public:
         return (*answers_)(unit);
     }
 
-    // Folds the letters of ASCII and nothing else.
-    Units Ascii(Units units) const { return turn_letters(units, firstLetter_); }
+    char16_t FirstLetter() const { return firstLetter_; }
 
 private:
     Folder(Folds::Ask fold, const std::int32_t* bytes, char16_t firstLetter)
@@ -91,7 +90,7 @@ private:
 };
 
 // Folds from the start on, as long as four vectors hold nothing but ASCII; gives where it stopped.
-char16_t* fold_ascii(char16_t* first, char16_t* last, const Folder& fold) {
+char16_t* fold_ascii(char16_t* first, char16_t* last, char16_t firstLetter) {
     for (; last - first >= 4 * kLanes; first += 4 * kLanes) {
         Units vectors[4];
         Units all{};
@@ -103,7 +102,7 @@ char16_t* fold_ascii(char16_t* first, char16_t* last, const Folder& fold) {
             break;
         }
         for (std::ptrdiff_t i = 0; i < 4; ++i) {
-            store_lanes(first + i * kLanes, fold.Ascii(vectors[i]));
+            store_lanes(first + i * kLanes, turn_letters(vectors[i], firstLetter));
         }
     }
     return first;
@@ -111,10 +110,12 @@ char16_t* fold_ascii(char16_t* first, char16_t* last, const Folder& fold) {
 
 void fold_units(char16_t* first, char16_t* last, Folder&& fold) {
     if (fold.IsUsualForAscii()) {
-        first = fold_ascii(first, last, fold);
+        // By value: what is stored might be the folder's.
+        const char16_t firstLetter = fold.FirstLetter();
+        first = fold_ascii(first, last, firstLetter);
         for (; last - first >= kLanes; first += kLanes) {
             const Units units = load_lanes(first);
-            store_lanes(first, fold.Ascii(units));
+            store_lanes(first, turn_letters(units, firstLetter));
             const auto others = reinterpret_cast<Units>(units >= splat_lanes(kFirstNonAscii));
             for (std::uint64_t hits = hit_bits(others); hits != 0;
                  hits = without_first_hit<char16_t>(hits)) {
