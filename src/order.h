@@ -36,10 +36,12 @@ int compare(const Unit* left, int leftLength, const Unit* right, int rightLength
     std::uint64_t a, b;
     std::memcpy(&a, left, sizeof a);
     std::memcpy(&b, right, sizeof b);
-    const int place = std::countr_zero(a ^ b) & -kBits;
-    if (a == b) {
+    const std::uint64_t differences = a ^ b;
+    if (differences == 0) {
         return whole();
     }
+    // The first unit that differs, and ones for the bits in front of it.
+    const int place = std::countr_zero(differences) & (64 - kBits);
     const std::uint64_t front = (std::uint64_t{1} << place) - 1;
     const std::uint64_t ends = ((a & front) - (kOnes & front)) & ~a & kTops & front;
     const std::uint64_t foreign = sizeof(Unit) == 1 ? (a | b) & kTops & (front << kBits | 0xFF) : 0;
