@@ -111,8 +111,9 @@ def load_into_gdb(gdb):
     register_pretty_printer(gdb.current_objfile(), printers, replace=True)
 
 
-def of_lldb(shown):
-    """The value itself, be it shown by reference, and a reader of its process."""
+def of_lldb(shown, form):
+    """What stands where a value is, as a pointer (P) and the rest of the form, and a reader of its
+    process. By its place and not by its members, which clang++ describes to few programs."""
     import lldb
     shown = shown.GetNonSyntheticValue()
     if shown.GetType().IsReferenceType():
@@ -124,21 +125,28 @@ def of_lldb(shown):
         if error.Fail():
             raise OSError(error.GetCString())
         return raw
-    return shown, read
+
+    pointer = "Q" if shown.GetProcess().GetAddressByteSize() == 8 else "I"
+    form = "=" + form.replace("P", pointer)
+    return struct.unpack(form, read(shown.GetLoadAddress(), struct.calcsize(form))), read
 
 
 def lldb_text(shown, _):
-    shown, read = of_lldb(shown)
-    wide = shown.GetType().GetCanonicalType().GetUnqualifiedType().GetName() == "WString"
-    address = shown.GetChildMemberWithName("m_pchData").GetValueAsUnsigned()
-    return value(read, address, wide, "utf-8")
+    wide = shown.GetType().GetCanonicalType().GetName().find("WString") >= 0
+    try:
+        (text,), read = of_lldb(shown, "P")
+    except OSError:
+        return "<no value>"
+    return value(read, text, wide, "utf-8")
 
 
 def lldb_token(shown, _):
-    shown, read = of_lldb(shown)
-    text, *rest = (shown.GetChildMemberWithName("m_" + name).GetValueAsSigned()
-                   for name in ("pchText", "nStart", "nEnd", "nLength"))
-    return token(read, text, *rest, "utf-8")
+    # The source, its text, where the token starts and ends, the next one, a flag, the length.
+    try:
+        (_, text, start, end, _, _, length), read = of_lldb(shown, "PPiiiB3xi")
+    except OSError:
+        return "<no value>"
+    return token(read, text, start, end, length, "utf-8")
 
 
 def __lldb_init_module(debugger, _):

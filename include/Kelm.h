@@ -86,6 +86,12 @@
 #endif
 #endif
 
+/// The version of this header, in three numbers and in one that grows.
+#define KELM_VERSION_MAJOR 1
+#define KELM_VERSION_MINOR 0
+#define KELM_VERSION_PATCH 0
+#define KELM_VERSION (KELM_VERSION_MAJOR * 10000 + KELM_VERSION_MINOR * 100 + KELM_VERSION_PATCH)
+
 /// Marks what the library exports.
 #define KELM_API __attribute__((visibility("default")))
 /// Marks what an exported class keeps to itself.

@@ -26,6 +26,14 @@ read -ra flags <<<"$(pkg-config --cflags --libs kelm)"
 "$compiler" -std=c++11 "$consumer/main.cpp" "${flags[@]}" -Wl,-rpath,"$libdir" -o "$work/by-pkg-config"
 "$work/by-pkg-config"
 
+# One version everywhere: the header's.
+version=$(printf '#include <Kelm.h>\nKELM_VERSION_MAJOR.KELM_VERSION_MINOR.KELM_VERSION_PATCH\n' |
+    "$compiler" -std=c++17 -x c++ -E -P "${flags[@]:0:1}" - | tail -n 1 | tr -d ' ')
+told="$(pkg-config --modversion kelm) $(basename "$(readlink -f "$libdir/libkelm.so")") \
+$(objdump -p "$libdir/libkelm.so" | awk '/SONAME/ {print $2}')"
+[[ $told == "$version libkelm.so.$version libkelm.so.${version%%.*}" ]] ||
+    { echo "the header is of $version, the rest says $told"; exit 1; }
+
 if configure refused -DKELM_WANTED=2 >"$work/refused.log" 2>&1; then
     echo "version 2 was not refused"
     exit 1
