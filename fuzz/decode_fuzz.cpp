@@ -28,7 +28,9 @@ void Check(const fuzz::Page& page, const std::string& bytes) {
     fuzz::Require(IsPaired(text));
 
     const auto wanted = fuzz::Convert("UTF-16LE", page.converter, bytes);
-    if (wanted && !page.isComposed) {
+    // There the library has a backslash and the C library a won sign.
+    const bool isCorrected = page.number == 1361 && bytes.find('\\') != std::string::npos;
+    if (wanted && !page.isComposed && !isCorrected) {
         fuzz::Require(text == oracle::units(*wanted));
     }
     if (page.number == 65001) {

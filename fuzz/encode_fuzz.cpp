@@ -21,7 +21,9 @@ void Check(const fuzz::Page& page, const std::u16string& text) {
 
     const std::string bytes(narrow.constBuffer(), static_cast<std::size_t>(narrow.GetLength()));
     const auto wanted = fuzz::Convert(page.converter, "UTF-16LE", oracle::bytes_of(text));
-    fuzz::Require(!wanted || HasTags(text) || bytes == *wanted);
+    // There the library has a backslash and the C library a won sign.
+    const bool isCorrected = page.number == 1361 && text.find(u'\u20A9') != std::u16string::npos;
+    fuzz::Require(!wanted || HasTags(text) || isCorrected || bytes == *wanted);
     const WString back = WString::FromCodePage(narrow, page.number);
     if (page.number == 54936 || page.number == 65001) {
         fuzz::Require(!wanted || HasTags(text) || back.Compare(wide.constBuffer()) == 0);
