@@ -20,12 +20,12 @@ void* allocate(std::size_t nSize, bool bMayBeNull) {
     if (p == nullptr && !(bRefuses && bMayBeNull && allocator.refusal >= Refusal::Null)) {
         throw std::bad_alloc();
     }
-    allocator.nLive += p != nullptr ? 1 : 0;
+    allocator.Count(p != nullptr ? 1 : 0);
     return p;
 }
 
 void release(void* p) noexcept {
-    allocator.nLive -= p != nullptr ? 1 : 0;
+    allocator.Count(p != nullptr ? -1 : 0);
     std::free(p);
 }
 

@@ -13,6 +13,9 @@ struct Allocator {
     long nFail = 0;
     long nRefused = 0;
 
+    /// Relaxed: any other order would order threads by it and hide their races.
+    void Count(long nBlocks) { nLive.fetch_add(nBlocks, std::memory_order_relaxed); }
+
     void Arm(Refusal how, long nFirst) {
         refusal = how;
         nFail = nFirst;
