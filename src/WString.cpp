@@ -23,6 +23,12 @@ using storage::length_of;
 
 namespace {
 
+/// A narrow value that a result is written into.
+struct NarrowResult : Kelm {
+    using Kelm::AllocBuffer;
+    using Kelm::m_pchData;
+};
+
 int remove_folded(char16_t*& text, int nUpper, const char16_t* pchUpper) {
     const std::size_t nSize = static_cast<std::size_t>(nUpper);
     return replacing::remove_all(
@@ -112,19 +118,10 @@ WString::WString(const char16_t* pchText) {
 
 WString::WString(char16_t* pchText) : WString(static_cast<const char16_t*>(pchText)) {}
 
-WString::WString(const Kelm& string) {
-    Init();
-    WString text = FromCodePage(string, 0);
-    MoveAssign(text);
-}
+WString::WString(const Kelm& string) : WString(FromCodePage(string, 0)) {}
 
-WString::WString(const char* pchText) {
-    Init();
-    if (pchText != nullptr) {
-        WString text = FromCodePage(pchText, 0);
-        MoveAssign(text);
-    }
-}
+WString::WString(const char* pchText)
+    : WString(pchText == nullptr ? WString() : FromCodePage(pchText, 0)) {}
 
 void WString::DestroyUnshared() {
     storage::release(m_pchData);
@@ -563,8 +560,9 @@ WString WString::FromCodePage(const char* pchText, unsigned int nCodePage) {
 
 Kelm WString::ToKelm(unsigned int nCodePage) const {
     const platform::Encoding encoding(nCodePage, m_pchData, GetLength());
-    Kelm text;
-    encoding.Write(text.GetBufferSetLength(encoding.Size()));
+    NarrowResult text;
+    text.AllocBuffer(encoding.Size());
+    encoding.Write(text.m_pchData);
     return text;
 }
 
@@ -623,7 +621,8 @@ int WString::VFormat(char16_t* pchDest, const char16_t* pchFormat, va_list argLi
 WString WString::_FromCodePage(const char* pchText, int nLength, unsigned int nCodePage) {
     const platform::Decoding decoding(nCodePage, pchText, nLength);
     WString text;
-    decoding.Write(text.GetBufferSetLength(decoding.Size()));
+    text.AllocBuffer(decoding.Size());
+    decoding.Write(text.m_pchData);
     return text;
 }
 

@@ -7,59 +7,51 @@ namespace platform {
 
 inline constexpr std::size_t kAsciiStep = 16;
 
-/// Sixteen bytes of Latin-1, of which ASCII is a part, as units.
-inline void widen_step(const char* source, char16_t* destination) noexcept {
-    unsigned char bytes[kAsciiStep];
-    std::uint16_t units[kAsciiStep];
-    std::memcpy(bytes, source, sizeof bytes);
-    for (std::size_t i = 0; i < kAsciiStep; ++i) {
-        units[i] = bytes[i];
+/// A run of Latin-1, of which ASCII is a part, from bytes to units, or back from units below 256.
+template <std::size_t kCount = kAsciiStep, class From, class To>
+inline void transfer_step(const From* source, To* destination) noexcept {
+    typename Lanes<From>::Scalar in[kCount];
+    typename Lanes<To>::Scalar out[kCount];
+    std::memcpy(in, source, sizeof in);
+    for (std::size_t i = 0; i < kCount; ++i) {
+        out[i] = static_cast<typename Lanes<To>::Scalar>(in[i]);
     }
-    std::memcpy(destination, units, sizeof units);
+    std::memcpy(destination, out, sizeof out);
 }
 
-/// The low bytes of sixteen units.
-inline void narrow_step(const char16_t* source, char* destination) noexcept {
-    std::uint16_t units[kAsciiStep];
-    unsigned char bytes[kAsciiStep];
-    std::memcpy(units, source, sizeof units);
-    for (std::size_t i = 0; i < kAsciiStep; ++i) {
-        bytes[i] = static_cast<unsigned char>(units[i]);
-    }
-    std::memcpy(destination, bytes, sizeof bytes);
-}
-
-/// Steps of sixteen that one round of a long copy takes.
+/// What one round of a long transfer takes.
 inline constexpr std::size_t kAsciiRound = 4 * kAsciiStep;
 
-/// Long texts are stored on boundaries of sixteen bytes, behind a first step that overlaps.
-inline void widen(const char* source, std::size_t count, char16_t* destination) noexcept {
+/// The same at any length. The last step overlaps the one in front of it, and so does the first of
+/// a long text, which is stored on boundaries of sixteen bytes behind that.
+template <class From, class To>
+inline void transfer(const From* source, std::size_t count, To* destination) noexcept {
+    constexpr std::size_t kHalf = kAsciiStep / 2;
+    if (count < kHalf) {
+        for (std::size_t i = 0; i < count; ++i) {
+            transfer_step<1>(source + i, destination + i);
+        }
+        return;
+    }
+    if (count < kAsciiStep) {
+        transfer_step<kHalf>(source, destination);
+        transfer_step<kHalf>(source + count - kHalf, destination + count - kHalf);
+        return;
+    }
     std::size_t i = 0;
     if (count >= kAsciiRound) {
-        widen_step(source, destination);
+        transfer_step(source, destination);
         i = (-reinterpret_cast<std::uintptr_t>(destination) & 15) / sizeof *destination;
     }
     for (; i + kAsciiRound <= count; i += kAsciiRound) {
         for (std::size_t k = 0; k < kAsciiRound; k += kAsciiStep) {
-            widen_step(source + i + k, destination + i + k);
+            transfer_step(source + i + k, destination + i + k);
         }
     }
-    for (; i + kAsciiStep <= count; i += kAsciiStep) {
-        widen_step(source + i, destination + i);
+    for (; i + kAsciiStep < count; i += kAsciiStep) {
+        transfer_step(source + i, destination + i);
     }
-    for (; i < count; ++i) {
-        destination[i] = static_cast<unsigned char>(source[i]);
-    }
-}
-
-inline void narrow(const char16_t* source, std::size_t count, char* destination) noexcept {
-    std::size_t i = 0;
-    for (; i + kAsciiStep <= count; i += kAsciiStep) {
-        narrow_step(source + i, destination + i);
-    }
-    for (; i < count; ++i) {
-        destination[i] = static_cast<char>(source[i]);
-    }
+    transfer_step(source + count - kAsciiStep, destination + count - kAsciiStep);
 }
 
 inline bool is_ascii(char byte) noexcept {
@@ -85,21 +77,10 @@ inline std::size_t ascii_of_eight(const char* p) noexcept {
     return others == 0 ? sizeof bytes : static_cast<std::size_t>(std::countr_zero(others)) / 8;
 }
 
-/// Eight bytes as units, of which the caller takes what it needs.
-inline void widen_eight(const char* source, char16_t* destination) noexcept {
-    unsigned char bytes[8];
-    std::uint16_t units[8];
-    std::memcpy(bytes, source, sizeof bytes);
-    for (std::size_t i = 0; i < 8; ++i) {
-        units[i] = bytes[i];
-    }
-    std::memcpy(destination, units, sizeof units);
-}
-
 /// How many bytes or units in front are ASCII.
 template <class Unit>
 inline std::size_t ascii_run(const Unit* p, std::size_t count) noexcept {
-    constexpr std::ptrdiff_t kLanes = Lanes<Unit>::kCount;
+    constexpr std::size_t kLanes = Lanes<Unit>::kCount;
     std::size_t i = 0;
     for (; i + 4 * kLanes <= count; i += 4 * kLanes) {
         const auto all = load_lanes(p + i) | load_lanes(p + i + kLanes) |
@@ -108,8 +89,23 @@ inline std::size_t ascii_run(const Unit* p, std::size_t count) noexcept {
             break;
         }
     }
-    while (i + kAsciiStep <= count && is_ascii_step(p + i)) {
-        i += kAsciiStep;
+    const auto first_other = [p](std::size_t at) {
+        const std::uint64_t others = hit_bits(load_lanes(p + at) > 0x7F);
+        return at + (others != 0 ? static_cast<std::size_t>(first_hit<Unit>(others)) : kLanes);
+    };
+    for (; i + kLanes <= count; i += kLanes) {
+        if (const std::size_t end = first_other(i); end != i + kLanes) {
+            return end;
+        }
+    }
+    if (count >= kLanes) {
+        return i == count ? count : first_other(count - kLanes);
+    }
+    if constexpr (sizeof(Unit) == 1) {
+        if (count >= 8) {
+            const std::size_t front = ascii_of_eight(p);
+            return front < 8 ? front : count - 8 + ascii_of_eight(p + count - 8);
+        }
     }
     while (i < count && is_ascii(p[i])) {
         ++i;

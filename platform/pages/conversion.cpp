@@ -1,5 +1,6 @@
 #include "pages/conversion.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstddef>
 #include <new>
@@ -82,14 +83,28 @@ Decoding::Decoding(const CodePage* page, const char* source, int length)
     }
     const auto count = static_cast<std::size_t>(length);
     if (page_->grouping == Grouping::Utf8) {
-        const Utf8Measure measure = utf8_measure(source, count);
-        isWellFormed_ = measure.isWellFormed;
-        size_ = to_size(measure.units);
+        MeasureUtf8(count);
     } else if (is_own_single(*page_)) {
+        isPlain_ = page_->number == kLatin1;
         size_ = length;
     } else if (const DecodeTable* table = decode_table(*page_)) {
         size_ = to_size(table->isStreamed ? stream_decode(page_->converter, source, count, nullptr)
                                           : table_decoded_size(*table, source, count));
+    }
+}
+
+void Decoding::MeasureUtf8(std::size_t count) {
+    const std::size_t ascii = ascii_run(source_, count);
+    if (ascii == count) {
+        isPlain_ = true;
+        size_ = length_;
+    } else if (length_ <= kBrief) {
+        isBrief_ = true;
+        size_ = static_cast<int>(utf8_decode_once(source_, count, brief_));
+    } else {
+        const Utf8Measure measure = utf8_measure(source_, count, ascii);
+        isWellFormed_ = measure.isWellFormed;
+        size_ = to_size(measure.units);
     }
 }
 
@@ -98,10 +113,12 @@ int Decoding::Write(char16_t* destination) const {
         return 0;
     }
     const auto count = static_cast<std::size_t>(length_);
-    if (page_->grouping == Grouping::Utf8) {
+    if (isPlain_) {
+        transfer(source_, count, destination);
+    } else if (isBrief_) {
+        std::copy_n(brief_, size_, destination);
+    } else if (page_->grouping == Grouping::Utf8) {
         utf8_decode(source_, count, {static_cast<std::size_t>(size_), isWellFormed_}, destination);
-    } else if (page_->number == kLatin1) {
-        widen(source_, count, destination);
     } else if (page_->number == kAscii) {
         decode_ascii(source_, count, destination);
     } else if (const DecodeTable* table = decode_table(*page_); table->isStreamed) {
@@ -122,12 +139,25 @@ Encoding::Encoding(const CodePage* page, const char16_t* source, int length)
     }
     const auto count = static_cast<std::size_t>(length);
     if (page_->grouping == Grouping::Utf8) {
-        size_ = to_size(utf8_size(source, count));
+        MeasureUtf8(count);
     } else if (is_own_single(*page_)) {
         size_ = to_size(count - count_surrogate_pairs(source, count));
     } else if (const EncodeTable* table = encode_table(*page_)) {
         size_ = to_size(table->isStreamed ? stream_encode(page_->converter, source, count, nullptr)
                                           : table_encoded_size(*table, source, count));
+    }
+}
+
+void Encoding::MeasureUtf8(std::size_t count) {
+    const std::size_t ascii = ascii_run(source_, count);
+    if (ascii == count) {
+        isPlain_ = true;
+        size_ = length_;
+    } else if (length_ <= kBrief) {
+        isBrief_ = true;
+        size_ = static_cast<int>(utf8_encode_once(source_, count, brief_));
+    } else {
+        size_ = to_size(utf8_size(source_, count, ascii));
     }
 }
 
@@ -137,7 +167,11 @@ int Encoding::Write(char* destination) const {
     }
     const auto count = static_cast<std::size_t>(length_);
     const auto size = static_cast<std::size_t>(size_);
-    if (page_->grouping == Grouping::Utf8) {
+    if (isPlain_) {
+        transfer(source_, count, destination);
+    } else if (isBrief_) {
+        std::copy_n(brief_, size_, destination);
+    } else if (page_->grouping == Grouping::Utf8) {
         utf8_encode(source_, count, destination, size);
     } else if (is_own_single(*page_)) {
         encode_own_single(source_, count, own_limit(*page_), destination, size);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 namespace platform {
 
 struct CodePage;
@@ -38,11 +40,18 @@ public:
     int Write(char16_t* destination) const;
 
 private:
+    static constexpr int kBrief = 32;
+
+    void MeasureUtf8(std::size_t count);
+
     const CodePage* page_;
     const char* source_;
     int length_;
     int size_ = 0;
     bool isWellFormed_ = false;  // in UTF-8
+    bool isPlain_ = false;       // each byte is its unit
+    bool isBrief_ = false;
+    char16_t brief_[kBrief];  // a short text, which is converted while it is measured
 };
 
 /// The same for WideCharToMultiByte.
@@ -56,10 +65,17 @@ public:
     int Write(char* destination) const;
 
 private:
+    static constexpr int kBrief = 32;
+
+    void MeasureUtf8(std::size_t count);
+
     const CodePage* page_;
     const char16_t* source_;
     int length_;
     int size_ = 0;
+    bool isPlain_ = false;
+    bool isBrief_ = false;
+    char brief_[3 * kBrief];
 };
 
 }  // namespace platform

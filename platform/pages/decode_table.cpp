@@ -272,7 +272,7 @@ void decode_single(const DecodeTable& table, const char* source, std::size_t len
     std::size_t i = 0;
     for (; i + kAsciiStep <= length; i += kAsciiStep) {
         if (table.isAscii && is_ascii_step(source + i)) {
-            widen_step(source + i, destination + i);
+            transfer_step(source + i, destination + i);
             continue;
         }
         for (std::size_t k = i; k < i + kAsciiStep; ++k) {
@@ -350,7 +350,7 @@ void table_decode(const DecodeTable& table, const char* source, std::size_t leng
         const char16_t entry = table.rows[0][static_cast<unsigned char>(*p)];
         if (table.isAscii && is_ascii(*p) && last - p >= kEight && limit - out >= kEight) {
             const std::size_t ascii = ascii_from(p, last);
-            ascii < kEight ? widen_eight(p, out) : widen(p, ascii, out);
+            ascii < kEight ? transfer_step<8>(p, out) : transfer(p, ascii, out);
             out += ascii;
             p += ascii;
             continue;

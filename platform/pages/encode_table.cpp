@@ -226,7 +226,7 @@ void encode_single(const EncodeTable& table, const char16_t* source, std::size_t
     std::size_t i = 0;
     for (; i + kAsciiStep <= length; i += kAsciiStep) {
         if (table.isAscii && is_ascii_step(source + i)) {
-            narrow_step(source + i, destination + i);
+            transfer_step(source + i, destination + i);
             continue;
         }
         for (std::size_t k = i; k < i + kAsciiStep; ++k) {
@@ -281,7 +281,7 @@ void table_encode(const EncodeTable& table, const char16_t* source, std::size_t 
             out = put_entry(step.entry, out, limit);
             p += step.units;
         } else if (table.isAscii && is_ascii_step(p)) {
-            narrow_step(p, out);
+            transfer_step(p, out);
             out += kStep;
             p += kStep;
         } else {

@@ -346,7 +346,7 @@ Stop decode_steps(const char* p, const char* end, const char* last, char16_t* ou
     while (p < end) {
         if (is_ascii(*p) && end - p >= 8 && limit - out >= 8) {
             const std::size_t ascii = ascii_of_eight(p);
-            widen_eight(p, out);
+            transfer_step<8>(p, out);
             out += ascii;
             p += ascii;
             continue;
@@ -368,7 +368,7 @@ char16_t* decode_well_formed(const char* p, const char* last, char16_t* out,
     while (last - p >= kReach && limit - out >= static_cast<std::ptrdiff_t>(kBlock)) {
         const Bytes block = load_lanes(p);
         if (hit_bits(block > 0x7F) == 0) {
-            widen_step(p, out);
+            transfer_step(p, out);
             p += kBlock;
             out += kBlock;
         } else if (hit_bits(above(block, 0xDF)) == 0) {
@@ -394,10 +394,10 @@ char16_t* decode_well_formed(const char* p, const char* last, char16_t* out,
 
 }  // namespace
 
-Utf8Measure utf8_measure(const char* source, std::size_t length) noexcept {
+Utf8Measure utf8_measure(const char* source, std::size_t length, std::size_t ascii) noexcept {
     const char* const last = source + length;
-    Utf8Measure measure{ascii_run(source, length), true};
-    for (const char* p = source + measure.units; p != last;) {
+    Utf8Measure measure{ascii, true};
+    for (const char* p = source + ascii; p != last;) {
         const char* end = segment_end(p, last);
         p = count_well_formed(p, end, measure.units) ? end : count_steps(p, end, last, measure);
     }
@@ -409,8 +409,7 @@ void utf8_decode(const char* source, std::size_t length, Utf8Measure measure,
     const char* const last = source + length;
     const char16_t* const limit = destination + measure.units;
     if (measure.isWellFormed) {
-        measure.units == length ? widen(source, length, destination)
-                                : void(decode_well_formed(source, last, destination, limit));
+        decode_well_formed(source, last, destination, limit);
         return;
     }
     char16_t* out = destination;
@@ -426,6 +425,14 @@ void utf8_decode(const char* source, std::size_t length, Utf8Measure measure,
             out = stop.out;
         }
     }
+}
+
+std::size_t utf8_decode_once(const char* source, std::size_t length,
+                             char16_t* destination) noexcept {
+    const char* const last = source + length;
+    const char16_t* const limit = destination + length;
+    return static_cast<std::size_t>(decode_steps(source, last, last, destination, limit).out -
+                                    destination);
 }
 
 }  // namespace platform

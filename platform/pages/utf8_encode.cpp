@@ -188,9 +188,9 @@ std::size_t count_surrogate_pairs(const char16_t* source, std::size_t length) no
     return pairs;
 }
 
-std::size_t utf8_size(const char16_t* source, std::size_t length) noexcept {
+std::size_t utf8_size(const char16_t* source, std::size_t length, std::size_t ascii) noexcept {
     const char16_t* const last = source + length;
-    const char16_t* p = source + ascii_run(source, length);
+    const char16_t* p = source + ascii;
     std::ptrdiff_t size = p - source;
     while (last - p > kBlock) {
         const std::ptrdiff_t blocks = std::min((last - p - 1) / kBlock, kTallyBlocks);
@@ -212,10 +212,6 @@ std::size_t utf8_size(const char16_t* source, std::size_t length) noexcept {
 
 void utf8_encode(const char16_t* source, std::size_t length, char* destination,
                  std::size_t size) noexcept {
-    if (size == length) {
-        narrow(source, length, destination);
-        return;
-    }
     const char16_t* const last = source + length;
     const char* const limit = destination + size;
     const char16_t* p = source;
@@ -224,7 +220,7 @@ void utf8_encode(const char16_t* source, std::size_t length, char* destination,
         const Units units = load_lanes(p);
         const std::uint64_t upper = hit_bits(units > 0x7FF);
         if (is_ascii_step(p)) {
-            narrow_step(p, out);
+            transfer_step(p, out);
             p += 2 * kBlock;
             out += 2 * kBlock;
         } else if (upper == 0) {
@@ -242,6 +238,13 @@ void utf8_encode(const char16_t* source, std::size_t length, char* destination,
         }
     }
     encode_steps(p, last, last, out);
+}
+
+std::size_t utf8_encode_once(const char16_t* source, std::size_t length,
+                             char* destination) noexcept {
+    const char16_t* const last = source + length;
+    return static_cast<std::size_t>(encode_steps(source, last, last, destination).out -
+                                    destination);
 }
 
 }  // namespace platform
