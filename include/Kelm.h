@@ -732,8 +732,6 @@ private:
 
     void CopyUnshared(const Kelm& stringSrc);
     void DestroyUnshared();
-    template <class Test>
-    KELM_LOCAL void TrimRightWhere(Test test);
     template <class Search>
     KELM_LOCAL int ReplaceForms(Search& search, int nNew, const char* pchNew);
     KELM_LOCAL int ReplaceForm(const Kelm& sub, int nNew, const char* pchNew, bool bFromStart,
@@ -1457,8 +1455,6 @@ private:
 
     void CopyUnshared(const WString& stringSrc);
     void DestroyUnshared();
-    template <class Test>
-    KELM_LOCAL void TrimRightWhere(Test test);
     KELM_LOCAL static WString Join(int nLen1, const char16_t* pch1, int nLen2,
                                    const char16_t* pch2);
     KELM_LOCAL static WString JoinNarrow(const WString& string, int nLen, const char* pchText);

@@ -54,6 +54,46 @@ bool ends_plainly(const char* pchFirst, const char* pchEnd) {
            (pchEnd - 1 == pchFirst || (pchEnd[-2] & 0x80) == 0);
 }
 
+/// The place behind what is left of a text of this length when the run of characters in front of
+/// its first NUL that pass the test is cut off.
+template <class Test>
+const char* trimmed_end(const char* pchText, int nLen, Test test) {
+    const char* pchNul = pchText + std::strlen(pchText);
+    const char* pchRun = pchNul;
+    while (ends_plainly(pchText, pchRun) && test(pchRun[-1])) {
+        --pchRun;
+    }
+    if (pchRun != pchText && !ends_plainly(pchText, pchRun)) {
+        bool aTest[256];
+        for (int n = 0; n < 256; ++n) {
+            aTest[n] = test(static_cast<char>(n));
+        }
+        pchRun = platform::trailing_run(*platform::process_code_page(), pchText, pchRun, aTest);
+    }
+    return pchRun != pchNul ? pchRun : pchText + nLen;
+}
+
+/// The first character that does not pass the test.
+template <class Test>
+const char* trimmed_start(const char* pchText, const char* pchEnd, Test test) {
+    while (pchText < pchEnd && (*pchText & 0x80) == 0 && test(*pchText)) {
+        ++pchText;
+    }
+    if (pchText >= pchEnd || !test(*pchText)) {
+        return pchText;
+    }
+    const CodePage& page = *platform::process_code_page();
+    while (pchText < pchEnd && test(*pchText)) {
+        pchText += step(page, pchText);
+    }
+    return pchText;
+}
+
+template <class Set>
+auto is_in(const Set& set) {
+    return [&set](char ch) { return set.Has(ch); };
+}
+
 int read_int(const char* pchText) {
     const int nValue = platform::atoi(pchText);
     return nValue != 0 ? nValue : platform::strtol(pchText);
@@ -400,79 +440,50 @@ void Kelm::MakeReverse() {
 
 void Kelm::TrimRight() {
     const platform::ByteClass space = platform::ByteClass::Space();
-    TrimRightWhere([=](char ch) { return space.Has(ch); });
+    storage::keep<char>(m_pchData, m_pchData, trimmed_end(m_pchData, GetLength(), is_in(space)));
 }
 
 void Kelm::TrimRight(char ch) {
-    TrimRightWhere([=](char chText) { return chText == ch; });
+    storage::keep<char>(m_pchData, m_pchData, trimmed_end(m_pchData, GetLength(), [=](char chText) {
+                            return chText == ch;
+                        }));
 }
 
 void Kelm::TrimRight(const char* pchSet) {
-    const Argument<char> chars(pchSet, m_pchData);
-    const platform::ByteSet set(*platform::process_code_page(), pchSet == nullptr ? "" : chars);
-    TrimRightWhere([&](char ch) { return set.Has(ch); });
-}
-
-template <class Test>
-void Kelm::TrimRightWhere(Test test) {
-    CopyBeforeWrite();
-    const char* pchEnd = m_pchData + std::strlen(m_pchData);
-    const char* pchRun = pchEnd;
-    while (ends_plainly(m_pchData, pchRun) && test(pchRun[-1])) {
-        --pchRun;
-    }
-    if (pchRun != m_pchData && !ends_plainly(m_pchData, pchRun)) {
-        bool aTest[256];
-        for (int n = 0; n < 256; ++n) {
-            aTest[n] = test(static_cast<char>(n));
-        }
-        pchRun = platform::trailing_run(*platform::process_code_page(), m_pchData, pchRun, aTest);
-    }
-    if (pchRun != pchEnd) {
-        storage::set_length(m_pchData, distance<char>(m_pchData, pchRun));
-    }
+    const platform::ByteSet set(*platform::process_code_page(), pchSet == nullptr ? "" : pchSet);
+    storage::keep<char>(m_pchData, m_pchData, trimmed_end(m_pchData, GetLength(), is_in(set)));
 }
 
 void Kelm::TrimLeft() {
-    CopyBeforeWrite();
-    const CodePage& page = *platform::process_code_page();
     const platform::ByteClass space = platform::ByteClass::Space();
-    const char* pch = m_pchData;
-    while (space.Has(*pch)) {
-        pch = platform::_mbsinc(page, pch);
-    }
-    storage::cut_left(m_pchData, pch);
+    const char* pchEnd = m_pchData + GetLength();
+    storage::keep(m_pchData, trimmed_start(m_pchData, pchEnd, is_in(space)), pchEnd);
 }
 
 void Kelm::TrimLeft(char ch) {
-    CopyBeforeWrite();
-    const CodePage& page = *platform::process_code_page();
-    const char* pch = m_pchData;
     const char* pchEnd = m_pchData + GetLength();
-    while (pch < pchEnd && *pch == ch) {
-        pch += step(page, pch);
-    }
-    storage::cut_left(m_pchData, pch);
+    storage::keep(m_pchData,
+                  trimmed_start(m_pchData, pchEnd, [=](char chText) { return chText == ch; }),
+                  pchEnd);
 }
 
 void Kelm::TrimLeft(const char* pchSet) {
     if (pchSet == nullptr || *pchSet == '\0') {
         return;
     }
-    const CodePage& page = *platform::process_code_page();
-    const platform::ByteSet set(page, pchSet);
-    CopyBeforeWrite();
-    const char* pch = m_pchData;
-    while (*pch != '\0' && set.Has(*pch)) {
-        pch = platform::_mbsinc(page, pch);
-    }
-    storage::cut_left(m_pchData, pch);
+    const platform::ByteSet set(*platform::process_code_page(), pchSet);
+    const char* pchEnd = m_pchData + GetLength();
+    storage::keep(m_pchData, trimmed_start(m_pchData, pchEnd, is_in(set)), pchEnd);
 }
 
 Kelm Kelm::Trim() const {
-    Kelm copy(*this);
-    copy.TrimRight();
-    copy.TrimLeft();
+    const platform::ByteClass space = platform::ByteClass::Space();
+    const int nLen = refs(GetData()) < 0 ? length_of(m_pchData) : GetLength();
+    const char* pchEnd = trimmed_end(m_pchData, nLen, is_in(space));
+    const char* pchStart = trimmed_start(m_pchData, pchEnd, is_in(space));
+    Kelm copy;
+    copy.AllocBuffer(nLen);
+    storage::keep(copy.m_pchData, pchStart, pchEnd);
     return copy;
 }
 

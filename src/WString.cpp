@@ -16,6 +16,7 @@
 #include "storage.h"
 #include "wide/wide.h"
 
+using blocks::refs;
 using storage::Argument;
 using storage::copy_units;
 using storage::distance;
@@ -52,6 +53,33 @@ int count_hits(const char16_t* pchFirst, const char16_t* pchLast, int nLen,
                const char16_t* pchText) {
     return static_cast<int>(
         platform::count_text(pchFirst, pchLast, pchText, static_cast<std::size_t>(nLen)));
+}
+
+/// The place behind what is left of a text of this length when the run in front of its first NUL
+/// that passes the test is cut off.
+template <class Test>
+const char16_t* trimmed_end(const char16_t* pchText, int nLen, Test test) {
+    const char16_t* pchNul = pchText + platform::wcslen(pchText);
+    const char16_t* pchRun = pchNul;
+    while (pchRun != pchText && test(pchRun[-1])) {
+        --pchRun;
+    }
+    return pchRun != pchNul ? pchRun : pchText + nLen;
+}
+
+/// The first unit that does not pass the test.
+template <class Test>
+const char16_t* trimmed_start(const char16_t* pchText, const char16_t* pchEnd, Test test) {
+    while (pchText < pchEnd && test(*pchText)) {
+        ++pchText;
+    }
+    return pchText;
+}
+
+auto is_in(const char16_t* pchSet) {
+    return [pchSet, pchEnd = pchSet + platform::wcslen(pchSet)](char16_t ch) {
+        return platform::wcschr(pchSet, pchEnd, ch) != nullptr;
+    };
 }
 
 int read_int(const char16_t* pchText) {
@@ -318,71 +346,48 @@ void WString::MakeReverse() {
 }
 
 void WString::TrimRight() {
-    TrimRightWhere(platform::iswspace);
+    storage::keep<char16_t>(m_pchData, m_pchData,
+                            trimmed_end(m_pchData, GetLength(), platform::iswspace));
 }
 
 void WString::TrimRight(char16_t ch) {
-    TrimRightWhere([=](char16_t chText) { return chText == ch; });
+    storage::keep<char16_t>(
+        m_pchData, m_pchData,
+        trimmed_end(m_pchData, GetLength(), [=](char16_t chText) { return chText == ch; }));
 }
 
 void WString::TrimRight(const char16_t* pchSet) {
-    const Argument<char16_t> chars(pchSet, m_pchData);
-    const char16_t* pchFirst = pchSet == nullptr ? u"" : chars;
-    const char16_t* pchLast = pchFirst + platform::wcslen(pchFirst);
-    TrimRightWhere([=](char16_t ch) { return platform::wcschr(pchFirst, pchLast, ch) != nullptr; });
-}
-
-template <class Test>
-void WString::TrimRightWhere(Test test) {
-    CopyBeforeWrite();
-    const char16_t* pchEnd = m_pchData + platform::wcslen(m_pchData);
-    const char16_t* pchRun = pchEnd;
-    while (pchRun != m_pchData && test(pchRun[-1])) {
-        --pchRun;
-    }
-    if (pchRun != pchEnd) {
-        storage::set_length(m_pchData, distance(m_pchData, pchRun));
-    }
+    storage::keep<char16_t>(
+        m_pchData, m_pchData,
+        trimmed_end(m_pchData, GetLength(), is_in(pchSet == nullptr ? u"" : pchSet)));
 }
 
 void WString::TrimLeft() {
-    CopyBeforeWrite();
-    const char16_t* pch = m_pchData;
-    while (*pch != u'\0' && platform::iswspace(*pch)) {
-        ++pch;
-    }
-    storage::cut_left(m_pchData, pch);
+    const char16_t* pchEnd = m_pchData + GetLength();
+    storage::keep(m_pchData, trimmed_start(m_pchData, pchEnd, platform::iswspace), pchEnd);
 }
 
 void WString::TrimLeft(char16_t ch) {
-    CopyBeforeWrite();
-    const char16_t* pch = m_pchData;
     const char16_t* pchEnd = m_pchData + GetLength();
-    while (pch < pchEnd && *pch == ch) {
-        ++pch;
-    }
-    storage::cut_left(m_pchData, pch);
+    storage::keep(m_pchData,
+                  trimmed_start(m_pchData, pchEnd, [=](char16_t chText) { return chText == ch; }),
+                  pchEnd);
 }
 
 void WString::TrimLeft(const char16_t* pchSet) {
     if (pchSet == nullptr || *pchSet == u'\0') {
         return;
     }
-    const Argument<char16_t> chars(pchSet, m_pchData);
-    const char16_t* pchFirst = chars;
-    const char16_t* pchLast = pchFirst + platform::wcslen(pchFirst);
-    CopyBeforeWrite();
-    const char16_t* pch = m_pchData;
-    while (*pch != u'\0' && platform::wcschr(pchFirst, pchLast, *pch) != nullptr) {
-        ++pch;
-    }
-    storage::cut_left(m_pchData, pch);
+    const char16_t* pchEnd = m_pchData + GetLength();
+    storage::keep(m_pchData, trimmed_start(m_pchData, pchEnd, is_in(pchSet)), pchEnd);
 }
 
 WString WString::Trim() const {
-    WString copy(*this);
-    copy.TrimRight();
-    copy.TrimLeft();
+    const int nLen = refs(GetData()) < 0 ? length_of(m_pchData) : GetLength();
+    const char16_t* pchEnd = trimmed_end(m_pchData, nLen, platform::iswspace);
+    WString copy;
+    copy.AllocBuffer(nLen);
+    storage::keep(copy.m_pchData, trimmed_start(m_pchData, pchEnd, platform::iswspace), pchEnd);
     return copy;
 }
 

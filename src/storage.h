@@ -116,14 +116,6 @@ int cut_right(Unit* text, const Unit* end) noexcept {
     return lost;
 }
 
-/// The text begins at `first` from now on.
-template <class Unit>
-void cut_left(Unit* text, const Unit* first) noexcept {
-    if (first != text) {
-        cut_right(text, carry<Unit>(text, first, text + length(text)));
-    }
-}
-
 /// Gives up the block in every case.
 template <class Unit>
 void release(Unit*& text) noexcept {
@@ -236,6 +228,22 @@ template <class Unit>
 void copy_before_write(Unit*& text) {
     if (refs(header_of(text)) > 1) {
         move_to_new_block(text, length(text));
+    }
+    require(refs(header_of(text)) <= 1, "GetData ()->nRefs <= 1");
+}
+
+/// The text becomes its part [first, last), in a block of its own of the old length where it was
+/// shared.
+template <class Unit>
+void keep(Unit*& text, const Unit* first, const Unit* last) {
+    Header<Unit>* block = header_of(text);
+    const bool moves = refs(block) > 1;
+    if (moves) {
+        alloc(text, block->nDataLength);
+    }
+    set_length(text, distance<Unit>(text, carry<Unit>(text, first, last)));
+    if (moves) {
+        blocks::release<Unit>(block);
     }
     require(refs(header_of(text)) <= 1, "GetData ()->nRefs <= 1");
 }

@@ -9,6 +9,7 @@
 #include "lanes/vectors.h"
 #include "multibyte/fold.h"
 #include "search/folded_search.h"
+#include "search/member_scan.h"
 
 namespace platform {
 namespace {
@@ -233,6 +234,11 @@ const char* find_folded(const CodePage& page, const char* first, const char* las
     const Fold fold = Fold::Upper();
     const bool isUsual =
         fold.IsUsualForAscii() && (page.grouping == Grouping::Utf8 || !fold.ReachesAscii());
+    if (count == 1 && isUsual) {
+        const char both[] = {*upper, Fold::Lower().Byte(*upper)};
+        const char* hit = find_any_of(first, last, both, both[0] != both[1] ? 2 : 1, true);
+        return hit != last ? hit : nullptr;
+    }
     return find_folded(
         first, last, upper, count, [fold](char byte) { return fold.Byte(byte); }, isUsual);
 }

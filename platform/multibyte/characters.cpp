@@ -150,10 +150,14 @@ private:
     std::uint64_t endings_[4] = {};
 };
 
-// The first place that `next` finds and where a character starts, or `last`.
+// The first place that `next` finds and where a character starts, or `last`. Where ASCII or each
+// byte is a character wherever it stands, the first member and the first other are such a place.
 template <class Next>
 const char* first_on_boundary(const CodePage& page, const char* first, const char* last,
                               Next next) {
+    if (page.grouping == Grouping::SingleByte || page.grouping == Grouping::Utf8) {
+        return next(first);
+    }
     Boundaries boundaries(page, first, last);
     const char* p = next(first);
     while (p != last && !boundaries.Has(p)) {

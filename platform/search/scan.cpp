@@ -1,5 +1,6 @@
 #include "search/scan.h"
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -70,13 +71,17 @@ const Unit* find_last_by_lanes(const Unit* first, const Unit* last, Unit unit) {
     return nullptr;
 }
 
+// Neighbours are added up in lanes of twice the width, which all sums have room in.
 template <class Vector>
 std::size_t lane_sum(Vector lanes) {
-    std::size_t sum = 0;
-    for (std::size_t i = 0; i < sizeof lanes / sizeof lanes[0]; ++i) {
-        sum += lanes[i];
-    }
-    return sum;
+    constexpr int kBits = 8 * sizeof lanes[0];
+    constexpr std::uint64_t kEven = ~std::uint64_t{0} / ((std::uint64_t{1} << kBits) + 1);
+    constexpr std::uint64_t kOnes = ~std::uint64_t{0} / ((std::uint64_t{1} << 2 * kBits) - 1);
+    std::uint64_t words[2];
+    std::memcpy(words, &lanes, sizeof words);
+    const std::uint64_t sums = (words[0] & kEven) + (words[0] >> kBits & kEven) +
+                               (words[1] & kEven) + (words[1] >> kBits & kEven);
+    return sums * kOnes >> (64 - 2 * kBits);
 }
 
 }  // namespace
@@ -132,7 +137,8 @@ std::size_t count_unit(const Unit* first, const Unit* last, Unit unit) noexcept 
     }
     // The last block reaches back over units that are counted.
     const auto rest = lanes_from<Unit>(kLanes - (last - p));
-    return count + lane_sum(rest & -lanes_equal(last - kLanes, wanted));
+    const std::uint64_t hits = hit_bits(rest & lanes_equal(last - kLanes, wanted));
+    return count + static_cast<std::size_t>(std::popcount(hits)) / sizeof(Unit);
 }
 
 template <class Unit>

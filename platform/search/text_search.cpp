@@ -211,6 +211,9 @@ std::size_t count_text(const Unit* first, const Unit* last, const Unit* text,
     if (count == 0 || count > size) {
         return 0;
     }
+    if (count == 1) {
+        return count_unit(first, last, *text);
+    }
     if (count * sizeof(Unit) <= kQuickBytes) {
         return count_short_text(first, first + (size - count + 1), text, count);
     }
