@@ -10,13 +10,14 @@ inline constexpr std::size_t kAsciiStep = 16;
 /// A run of Latin-1, of which ASCII is a part, from bytes to units, or back from units below 256.
 template <std::size_t kCount = kAsciiStep, class From, class To>
 inline void transfer_step(const From* source, To* destination) noexcept {
-    typename Lanes<From>::Scalar in[kCount];
-    typename Lanes<To>::Scalar out[kCount];
-    std::memcpy(in, source, sizeof in);
-    for (std::size_t i = 0; i < kCount; ++i) {
-        out[i] = static_cast<typename Lanes<To>::Scalar>(in[i]);
-    }
-    std::memcpy(destination, out, sizeof out);
+    using Source = typename Lanes<From>::Scalar;
+    using Target = typename Lanes<To>::Scalar;
+    using In __attribute__((vector_size(kCount * sizeof(From)))) = Source;
+    using Out __attribute__((vector_size(kCount * sizeof(To)))) = Target;
+    In in;
+    std::memcpy(&in, source, sizeof in);
+    const Out out = __builtin_convertvector(in, Out);
+    std::memcpy(destination, &out, sizeof out);
 }
 
 /// What one round of a long transfer takes.
@@ -29,7 +30,7 @@ inline void transfer(const From* source, std::size_t count, To* destination) noe
     constexpr std::size_t kHalf = kAsciiStep / 2;
     if (count < kHalf) {
         for (std::size_t i = 0; i < count; ++i) {
-            transfer_step<1>(source + i, destination + i);
+            destination[i] = static_cast<To>(static_cast<typename Lanes<From>::Scalar>(source[i]));
         }
         return;
     }
