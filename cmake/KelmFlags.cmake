@@ -32,6 +32,10 @@ if(NOT KELM_INSTRUMENT)
     target_link_options(kelm_delivery INTERFACE -Wl,-z,defs)
 endif()
 
+# Types and layouts can be read from the library then.
+option(KELM_DEBUG_INFO "Build the library with debug information; the preset release does" OFF)
+target_compile_options(kelm_delivery INTERFACE $<$<BOOL:${KELM_DEBUG_INFO}>:-g>)
+
 # `operator new[]` may give null where a client has replaced it. The compilers assume it never does
 # and would drop the test for it.
 add_library(kelm_check_new INTERFACE)

@@ -36,6 +36,7 @@ need_tests() {
     need libfmt-dev test -f /usr/include/fmt/format.h
     need gdb command -v gdb
     need valgrind command -v valgrind
+    need abigail-tools command -v abidiff
     # Newer releases keep the rarer converters of the C library in a package of their own.
     if apt-cache show libc-gconv-modules-extra >/dev/null 2>&1; then
         need libc-gconv-modules-extra dpkg -s libc-gconv-modules-extra
