@@ -29,9 +29,10 @@ read -ra flags <<<"$(pkg-config --cflags --libs kelm)"
 # One version everywhere: the header's.
 version=$(printf '#include <Kelm.h>\nKELM_VERSION_MAJOR.KELM_VERSION_MINOR.KELM_VERSION_PATCH\n' |
     "$compiler" -std=c++17 -x c++ -E -P "${flags[@]:0:1}" - | tail -n 1 | tr -d ' ')
-told="$(pkg-config --modversion kelm) $(basename "$(readlink -f "$libdir/libkelm.so")") \
+root=$(cd "$(dirname "$0")/../.." && pwd)
+told="$(pkg-config --modversion kelm) $(sed -nE '1s/kelm \((.*)\).*/\1/p' "$root/debian/changelog") $(basename "$(readlink -f "$libdir/libkelm.so")") \
 $(objdump -p "$libdir/libkelm.so" | awk '/SONAME/ {print $2}')"
-[[ $told == "$version libkelm.so.$version libkelm.so.${version%%.*}" ]] ||
+[[ $told == "$version $version libkelm.so.$version libkelm.so.${version%%.*}" ]] ||
     { echo "the header is of $version, the rest says $told"; exit 1; }
 
 if configure refused -DKELM_WANTED=2 >"$work/refused.log" 2>&1; then
@@ -41,7 +42,6 @@ fi
 grep -q 'requested version "2"' "$work/refused.log"
 
 # A distribution stages what it installs, in folders of its own choice, and builds with what it staged.
-root=$(cd "$(dirname "$0")/../.." && pwd)
 stage=$work/stage
 staged() { # staged LIBDIR INCLUDEDIR [OPTION...]
     rm -rf "$work/told" "$stage"
