@@ -23,12 +23,13 @@ endif()
 # sanitizer brings its own checks of the fortified functions and leaves its own names undefined.
 add_library(kelm_delivery INTERFACE)
 target_compile_options(kelm_delivery INTERFACE -fno-semantic-interposition -fno-plt -fstack-protector-strong
+    -fstack-clash-protection $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},x86_64>:-fcf-protection>
     -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
 target_link_options(kelm_delivery INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack
     -Wl,-Bsymbolic-functions,--as-needed)
 if(NOT KELM_INSTRUMENT)
     target_compile_options(kelm_delivery INTERFACE
-        $<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+        "$<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=3;-D_GLIBCXX_ASSERTIONS>")
     target_link_options(kelm_delivery INTERFACE -Wl,-z,defs)
 endif()
 
