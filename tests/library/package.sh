@@ -41,6 +41,16 @@ if configure refused -DKELM_WANTED=2 >"$work/refused.log" 2>&1; then
 fi
 grep -q 'requested version "2"' "$work/refused.log"
 
+# With its sources, in a project of its user's: nothing but the library is built, by the user's flags.
+configure by-folder -DKELM_SOURCE="$root"
+configure fetched -DKELM_SOURCE="$root" -DKELM_FETCHED=ON -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror"
+"$cmake" --build "$work/fetched"
+"$work/fetched/consumer"
+for folder in by-folder fetched; do
+    "$cmake" --build "$work/$folder" --target help | grep -E 'kelm_tests|words' &&
+        { echo "$folder: tests or examples come along"; exit 1; }
+done
+
 # A distribution stages what it installs, in folders of its own choice, and builds with what it staged.
 stage=$work/stage
 staged() { # staged LIBDIR INCLUDEDIR [OPTION...]
