@@ -56,6 +56,8 @@ struct Step : Arguments<Unit> {
     static Plain Make(Sources&&... sources) {
         return Plain(std::forward<Sources>(sources)...);
     }
+    /// The sign of a comparison; what null gives is told.
+    int Sign(int nOrder) const { return this->fOrNull == nullptr ? nOrder : oracle::sign(nOrder); }
     template <class Other>
     bool Is(const Other& returned) const {
         return static_cast<const Plain*>(&returned) == static_cast<const Plain*>(&t);
@@ -254,9 +256,9 @@ std::vector<Row<Text>> common_rows() {
         {"From(unsigned long long)", text,
          [](auto& s) { return s.t.From(static_cast<unsigned long long>(s.n2)); }},
         {"From(double)", text, [](auto& s) { return s.t.From(s.d); }},
-        {"Compare(C const*)", never, [](auto& s) { return oracle::sign(s.t.Compare(s.fOrNull)); }},
+        {"Compare(C const*)", never, [](auto& s) { return s.Sign(s.t.Compare(s.fOrNull)); }},
         {"CompareNoCase(C const*)", never,
-         [](auto& s) { return oracle::sign(s.t.CompareNoCase(s.fOrNull)); }},
+         [](auto& s) { return s.Sign(s.t.CompareNoCase(s.fOrNull)); }},
         {"operator==(T const&, T const&)", never, [](auto& s) { return orders(s.O(), s.t); }},
         {"operator==(T const&, C const*)", never, [](auto& s) { return orders(s.O(), s.fOrNull); }},
         {"operator==(C const*, T const&)", never, [](auto& s) { return orders(s.fOrNull, s.O()); }},

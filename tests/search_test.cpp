@@ -69,3 +69,17 @@ TYPED_TEST(Searching, CostsNothingBehindTheNul) {
         }
     }
 }
+
+// A text that is searched in stretches is cut between characters, also where some of their bytes
+// are those of digits.
+TEST(LongText, IsCutBetweenCharacters) {
+    const LocaleScope locale("zh_CN.GB18030");
+    for (int nShift = 0; nShift < 4; ++nShift) {
+        Kelm text = Kelm::FromRepeat('x', nShift);
+        text.Repeat("\x81\x30\x81\x30", 2000);
+        text << Kelm::FromRepeat('x', nShift) << "\x81\x30\x81\x30\x30";
+        EXPECT_EQ(text.Find('0'), text.GetLength() - 1) << nShift;
+        EXPECT_EQ(text.Find("0"), text.GetLength() - 1) << nShift;
+        EXPECT_EQ(text.FindOneOf("01"), text.GetLength() - 1) << nShift;
+    }
+}

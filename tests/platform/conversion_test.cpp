@@ -106,6 +106,7 @@ TEST(FirstUse, WithoutConverters) {
     EXPECT_EQ(Decode(1253, "\xE1"), u"\x03B1");
     EXPECT_EQ(Decode(65001, "\xCE\xB1"), u"\x03B1");
     EXPECT_EQ(Encode(28591, u"\xE4"), "\xE4");
+    EXPECT_EQ(Decode(28591, "\xE4"), u"\xE4");
     openError = 0;
     EXPECT_EQ(Encode(1253, u"\x03B1"), "\xE1");
     EXPECT_EQ(Decode(949, "\xB0\xA1"), u"\xAC00");
