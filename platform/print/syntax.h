@@ -1,6 +1,7 @@
 #pragma once
 
-#include <array>
+#include <KelmFormat.h>
+
 #include <climits>
 #include <cstdarg>
 #include <cstring>
@@ -15,8 +16,8 @@
 #include "system_errors.h"
 #include "wide/wide.h"
 
-/// The syntax of the format language. The estimate and the print of both widths read a format and
-/// take its arguments through `walk_format`, so that they cannot drift apart.
+/// The estimate and the print of both widths read a format and take its arguments through
+/// `walk_format`, so that they cannot drift apart.
 namespace platform {
 
 /// What a null text prints as.
@@ -63,176 +64,35 @@ private:
     std::optional<ErrnoKeeper> keeper_;
 };
 
-enum class SizeMark : unsigned char { None, Narrow, Wide, Bits64 };
-
-enum class Kind : unsigned char { None, Character, Text, Integer, Floating, Pointer, Nothing };
-
-constexpr std::array<Kind, 128> kKinds = [] {
-    std::array<Kind, 128> kinds{};
-    const auto set = [&kinds](std::string_view letters, Kind kind) {
-        for (const char letter : letters) {
-            kinds[static_cast<unsigned char>(letter)] = kind;
-        }
-    };
-    set("cC", Kind::Character);
-    set("sS", Kind::Text);
-    set("diouxX", Kind::Integer);
-    set("efgG", Kind::Floating);
-    set("p", Kind::Pointer);
-    set("n", Kind::Nothing);
-    return kinds;
-}();
-
-/// What the character converts as a conversion character; `None` if it is no such character.
-template <class Unit>
-Kind kind_of(Unit unit) {
-    const auto index = static_cast<std::make_unsigned_t<Unit>>(unit);
-    return index < kKinds.size() ? kKinds[index] : Kind::None;
-}
-
-enum Option : unsigned {
-    kLeft = 1,
-    kPlus = 2,
-    kBlank = 4,
-    kZero = 8,
-    kAlternate = 16,
-    kPrecision = 32,  ///< one is given, be it 0
-    kStar = 64        ///< the width is an argument
-};
-
-constexpr std::array<unsigned char, '0' + 1> kFlags = [] {
-    std::array<unsigned char, '0' + 1> flags{};
-    flags['-'] = kLeft;
-    flags['+'] = kPlus;
-    flags[' '] = kBlank;
-    flags['0'] = kZero;
-    flags['#'] = kAlternate;
-    flags['*'] = kStar;
-    return flags;
-}();
+using namespace KelmFormat;
 
 /// One conversion and its argument.
-struct Conversion {
-    int width = 0;
-    int precision = 0;     ///< 0 too where none is given
-    unsigned options = 0;  ///< set of `Option`
-    bool isWide = false;   ///< a character or text of 16-bit units
-    SizeMark mark = SizeMark::None;
-    Kind kind = Kind::None;
-    char letter = 0;
-    long long alternates = 0;  ///< how often `#` is given
+struct Conversion : Specification {
     union {
         long long integer;  ///< unsigned conversions: the same 64 bits
         double real;
         const void* pointer;  ///< of texts too
     };
 
-    bool Has(Option option) const { return (options & option) != 0; }
-    bool IsSigned() const { return letter == 'd' || letter == 'i'; }
-    bool IsDecimal() const { return IsSigned() || letter == 'u'; }
     const char* NarrowText() const { return static_cast<const char*>(pointer); }
     const char16_t* WideText() const { return static_cast<const char16_t*>(pointer); }
 };
 
-/// A copy of the caller's list, which therefore stays at the first argument.
+/// A copy of the caller's list, which therefore stays at the first argument, and what the language
+/// asks of whoever reads a format.
 struct Arguments {
     explicit Arguments(va_list source) { va_copy(list, source); }
     ~Arguments() { va_end(list); }
     Arguments(const Arguments&) = delete;
     Arguments& operator=(const Arguments&) = delete;
 
+    int TakeInt() { return va_arg(list, int); }
+    static int ReadInt(const char* text) { return atoi(text); }
+    static int ReadInt(const char16_t* text) { return _wtoi(text); }
+    static void Require(bool holds, const char* expression) { require(holds, expression); }
+
     va_list list;
 };
-
-template <class Unit>
-bool is_format_digit(Unit unit) {
-    return unit >= Unit{'0'} && unit <= Unit{'9'};
-}
-
-inline int read_int(const char* text) {
-    return atoi(text);
-}
-inline int read_int(const char16_t* text) {
-    return _wtoi(text);
-}
-
-/// The number at `p` by the rules of `atoi`; steps over the digits that follow `p`. White space and
-/// signs belong to those rules, so only what can start no number is told apart here.
-template <class Unit>
-int take_number(const Unit*& p) {
-    if (!is_format_digit(*p)) {
-        const bool startsNone = *p > Unit{'-'} && *p < Unit{0x7F};
-        return startsNone ? 0 : read_int(p);
-    }
-    const Unit* first = p;
-    unsigned value = 0;
-    while (is_format_digit(*p)) {
-        value = value * 10 + static_cast<unsigned>(*p - Unit{'0'});
-        ++p;
-    }
-    const bool fits = p - first <= 9;
-    return fits ? static_cast<int>(value) : read_int(first);
-}
-
-template <class Unit>
-unsigned option_of(Unit unit) {
-    const auto index = static_cast<std::make_unsigned_t<Unit>>(unit);
-    return index < kFlags.size() ? kFlags[index] : 0;
-}
-
-template <class Unit>
-void take_flags(const Unit*& p, Arguments& arguments, Conversion& conversion) {
-    for (unsigned option; (option = option_of(*p)) != 0; ++p) {
-        conversion.options |= option;
-        if (option == kAlternate) {
-            ++conversion.alternates;
-        } else if (option == kStar) {
-            conversion.width = va_arg(arguments.list, int);
-        }
-    }
-}
-
-template <class Unit>
-void take_precision(const Unit*& p, Arguments& arguments, Conversion& conversion) {
-    if (*p != Unit{'.'}) {
-        return;
-    }
-    ++p;
-    if (*p == Unit{'*'}) {
-        conversion.precision = va_arg(arguments.list, int);
-        ++p;
-    } else {
-        conversion.precision = take_number(p);
-    }
-    conversion.options |= kPrecision;
-    require(conversion.precision >= 0, "nPrecision >= 0");
-}
-
-template <class Unit>
-SizeMark take_prefix(const Unit*& p) {
-    switch (*p) {
-        case 'I':
-            if (p[1] == Unit{'6'} && p[2] == Unit{'4'}) {
-                p += 3;
-                return SizeMark::Bits64;
-            }
-            p += p[1] == Unit{'3'} && p[2] == Unit{'2'} ? 3 : 0;
-            return SizeMark::None;
-        case 'F':
-        case 'L':
-        case 'N':
-            ++p;
-            return SizeMark::None;
-        case 'h':
-            ++p;
-            return SizeMark::Narrow;
-        case 'l':
-            ++p;
-            return SizeMark::Wide;
-        default:
-            return SizeMark::None;
-    }
-}
 
 inline long long take_integer(const Conversion& conversion, Arguments& arguments) {
     if (conversion.mark == SizeMark::Bits64) {
@@ -272,42 +132,10 @@ inline void take_argument(Conversion& conversion, Arguments& arguments) {
     }
 }
 
-/// What may stand between `%` and the conversion character.
-template <class Unit>
-void take_options(const Unit*& p, Arguments& arguments, Conversion& conversion) {
-    take_flags(p, arguments, conversion);
-    if (conversion.width == 0) {
-        conversion.width = take_number(p);
-    }
-    require(conversion.width >= 0, "nWidth >= 0");
-    take_precision(p, arguments, conversion);
-    if (kind_of(*p) == Kind::None) {
-        conversion.mark = take_prefix(p);
-    }
-}
-
-inline bool is_wide_argument(const Conversion& conversion, bool formatIsWide) {
-    if (conversion.mark != SizeMark::None) {
-        return conversion.mark == SizeMark::Wide;
-    }
-    const bool isOther = conversion.letter == 'C' || conversion.letter == 'S';
-    return formatIsWide != isOther;
-}
-
 /// Reads the conversion behind a `%` at `p` and takes its arguments; `p` ends up behind it.
 template <class Unit>
 void take_conversion(const Unit*& p, Arguments& arguments, Conversion& conversion) {
-    if (kind_of(*p) == Kind::None) {
-        take_options(p, arguments, conversion);
-    }
-    conversion.kind = kind_of(*p);
-    conversion.letter = static_cast<char>(*p);
-    const bool isText = conversion.kind == Kind::Character || conversion.kind == Kind::Text;
-    require(conversion.kind != Kind::None && !(isText && conversion.mark == SizeMark::Bits64),
-            "FALSE");
-    if (isText) {
-        conversion.isWide = is_wide_argument(conversion, std::is_same<Unit, char16_t>::value);
-    }
+    TakeSpecification(p, arguments, conversion);
     ++p;
     take_argument(conversion, arguments);
 }
