@@ -4,7 +4,8 @@ set(KELM_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Kelm)
 set(KELM_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 install(TARGETS kelm EXPORT kelm)
-install(FILES include/Kelm.h include/KelmStd.h include/KelmFmt.h TYPE INCLUDE)
+install(FILES include/Kelm.h include/KelmStd.h include/KelmFmt.h include/KelmCheck.h include/KelmFormat.h
+    TYPE INCLUDE)
 
 # gdb loads what is named like the library and stands in this folder by the library's full path.
 set(KELM_DEBUG ${CMAKE_CURRENT_SOURCE_DIR}/debug/kelm_debug.py)

@@ -510,18 +510,20 @@ public:
     /// estimate, often larger than the text; `FreeExtra` gives the rest back.
     /// @{
 
+#ifdef KELM_CHECKED_FORMATS  // from `KelmCheck.h`: the same members, with their arguments checked
+    KELM_CHECKED_FORMATS(Kelm, char)
+    KELM_CHECKED_MESSAGE
+#else
     /// Replaces the text.
     void Format(const char* pchFormat, ...);
     template <class... Arguments, class = typename KelmIfObject<Arguments...>::type>
     void Format(const char* pchFormat,
-                const Arguments&...) = delete;             ///< An object is no argument.
-    void FormatV(const char* pchFormat, va_list argList);  ///< As `Format`.
+                const Arguments&...) = delete;  ///< An object is no argument.
 
     /// Appends to the text. One that holds a NUL ends there afterwards, without what was appended.
     void AppendFormat(const char* pchFormat, ...);
     template <class... Arguments, class = typename KelmIfObject<Arguments...>::type>
     void AppendFormat(const char* pchFormat, const Arguments&...) = delete;  ///< As for `Format`.
-    void AppendFormatV(const char* pchFormat, va_list argList);              ///< As `AppendFormat`.
 
     /// A new value.
     KELM_NODISCARD static Kelm FromFormat(const char* pchFormat, ...);
@@ -536,6 +538,9 @@ public:
     template <class... Arguments, class = typename KelmIfObject<Arguments...>::type>
     void FormatMsg(std::uint32_t nError, const char* pchFormat,
                    const Arguments&...) = delete;  ///< As for `Format`.
+#endif
+    void FormatV(const char* pchFormat, va_list argList);        ///< As `Format`.
+    void AppendFormatV(const char* pchFormat, va_list argList);  ///< As `AppendFormat`.
 
     /// @}
     /// @name Values
@@ -1422,20 +1427,24 @@ protected:
     /// Prints the whole text and a terminator; the result is its length.
     static int VFormat(char16_t* pchDest, const char16_t* pchFormat, va_list argList);
 
-    void Format(const char16_t* pchFormat, ...);  ///< Replaces the text.
+#ifdef KELM_CHECKED_FORMATS
+    KELM_CHECKED_FORMATS(WString, char16_t)
+#else
+    void Format(const char16_t* pchFormat, ...);   ///< Replaces the text.
     template <class... Arguments, class = typename KelmIfObject<Arguments...>::type>
     void Format(const char16_t* pchFormat,
-                const Arguments&...) = delete;                 ///< An object is no argument.
-    void FormatV(const char16_t* pchFormat, va_list argList);  ///< As `Format`.
-    void AppendFormat(const char16_t* pchFormat, ...);         ///< Appends to the text.
+                const Arguments&...) = delete;          ///< An object is no argument.
+    void AppendFormat(const char16_t* pchFormat, ...);  ///< Appends to the text.
     template <class... Arguments, class = typename KelmIfObject<Arguments...>::type>
     void AppendFormat(const char16_t* pchFormat,
-                      const Arguments&...) = delete;                 ///< As for `Format`.
-    void AppendFormatV(const char16_t* pchFormat, va_list argList);  ///< As `AppendFormat`.
-    static WString FromFormat(const char16_t* pchFormat, ...);       ///< A new value.
+                      const Arguments&...) = delete;            ///< As for `Format`.
+    static WString FromFormat(const char16_t* pchFormat, ...);  ///< A new value.
     template <class... Arguments, class = typename KelmIfObject<Arguments...>::type>
     static WString FromFormat(const char16_t* pchFormat,
                               const Arguments&...) = delete;  ///< As for `Format`.
+#endif
+    void FormatV(const char16_t* pchFormat, va_list argList);        ///< As `Format`.
+    void AppendFormatV(const char16_t* pchFormat, va_list argList);  ///< As `AppendFormat`.
 
     /// @}
 

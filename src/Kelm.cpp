@@ -664,19 +664,11 @@ void Kelm::Format(const char* pchFormat, ...) {
     va_end(argList);
 }
 
-void Kelm::FormatV(const char* pchFormat, va_list argList) {
-    formatting::print_at(m_pchData, 0, pchFormat, argList);
-}
-
 void Kelm::AppendFormat(const char* pchFormat, ...) {
     va_list argList;
     va_start(argList, pchFormat);
     AppendFormatV(pchFormat, argList);
     va_end(argList);
-}
-
-void Kelm::AppendFormatV(const char* pchFormat, va_list argList) {
-    formatting::print_at(m_pchData, GetLength(), pchFormat, argList);
 }
 
 Kelm Kelm::FromFormat(const char* pchFormat, ...) {
@@ -703,6 +695,14 @@ void Kelm::FormatMsg(std::uint32_t nError, const char* pchFormat, ...) {
         platform::FormatMessageA(nError, m_pchData + GetLength(), nRoom - GetLength());
     }
     ReleaseBuffer(-1);
+}
+
+void Kelm::FormatV(const char* pchFormat, va_list argList) {
+    formatting::print_at(m_pchData, 0, pchFormat, argList);
+}
+
+void Kelm::AppendFormatV(const char* pchFormat, va_list argList) {
+    formatting::print_at(m_pchData, GetLength(), pchFormat, argList);
 }
 
 bool Kelm::Bool() const noexcept {

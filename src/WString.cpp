@@ -463,19 +463,11 @@ void WString::Format(const char16_t* pchFormat, ...) {
     va_end(argList);
 }
 
-void WString::FormatV(const char16_t* pchFormat, va_list argList) {
-    formatting::print_at(m_pchData, 0, pchFormat, argList);
-}
-
 void WString::AppendFormat(const char16_t* pchFormat, ...) {
     va_list argList;
     va_start(argList, pchFormat);
     AppendFormatV(pchFormat, argList);
     va_end(argList);
-}
-
-void WString::AppendFormatV(const char16_t* pchFormat, va_list argList) {
-    formatting::print_at(m_pchData, GetLength(), pchFormat, argList);
 }
 
 WString WString::FromFormat(const char16_t* pchFormat, ...) {
@@ -485,6 +477,14 @@ WString WString::FromFormat(const char16_t* pchFormat, ...) {
     text.FormatV(pchFormat, argList);
     va_end(argList);
     return text;
+}
+
+void WString::FormatV(const char16_t* pchFormat, va_list argList) {
+    formatting::print_at(m_pchData, 0, pchFormat, argList);
+}
+
+void WString::AppendFormatV(const char16_t* pchFormat, va_list argList) {
+    formatting::print_at(m_pchData, GetLength(), pchFormat, argList);
 }
 
 bool WString::Bool() const noexcept {
