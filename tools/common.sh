@@ -35,6 +35,7 @@ need_tests() {
     need python3 command -v python3
     need libfmt-dev test -f /usr/include/fmt/format.h
     need gdb command -v gdb
+    need python3-clang /usr/bin/python3 -c 'import clang.cindex'
     need valgrind command -v valgrind
     need abigail-tools command -v abidiff
     # Newer releases keep the rarer converters of the C library in a package of their own.

@@ -1,10 +1,11 @@
 #!/usr/bin/env -S python3 -B
-"""Formats checked by the compilers: each planted mistake is told with its number and
+"""Formats checked by compilers or by the tool: each planted mistake is told with its number and
 fault, and of calls that are right nothing is, which print what they print without the check.
 
-Usage: check.py INCLUDE_FOLDER LIBRARY WORK_FOLDER COMPILER...
+Usage: check.py INCLUDE_FOLDER LIBRARY WORK_FOLDER COMPILER...    a compiler, or the tool
 """
 
+import json
 import os
 import pathlib
 import random
@@ -19,6 +20,7 @@ LINE = re.compile(r"planted\.cpp:(\d+):\d+:(?: +in 'constexpr'| error: call to c
 FAULT = re.compile(r"(?:call to non-'constexpr'|note: non-constexpr) function '(?:void KelmCheck::)?"
                    r"(Conversion|Argument)\w*(?:<(\d+)(?:, KelmCheck::Fault::(\w+))?>"
                    r"|\(\) \[with int Number = (\d+)(?:; .*::(\w+))?\])'")
+TOLD = re.compile(r".*planted\.cpp:(\d+): (?:conversion (\d+) '%.*'|argument \d+): ([^,\n]*)")
 ROWS = [  # prefixes, conversions, arguments
     (["", "h", "l", "I32", "F", "L", "N"], "diouxX",
      ["i", "'x'", "true", "kRed", "u'x'", "7U", "Members::kMost", "m.bits", "short{5}", "sizeof(int) > 2"]),
@@ -40,11 +42,16 @@ enum Colour { kRed };
 struct Members { static const int kMost = 5; unsigned bits : 3; };
 static constexpr char kFormat[] = "%d %s";
 static const char kPlain[] = "%d";
+struct Wide : WString {
+    static int Next(Kelm& k, int n, ...) { va_list l; va_start(l, n); k.Format("%d", va_arg(l, int)); va_end(l); return n; }
+    Wide() { Format(u"%d", 7); AppendFormat(u"%s", u"x"); std::puts((FromFormat(u"%c", u'y') + *this).ToKelm()); }
+};
 int main() {
-    int i = 7; char array[] = "array"; const char* pointer = "%d"; char buffer[] = "%d %d";
-    Members m{}; Kelm k("text"), format("%s"); WString w(u"wide");
-    k.Format(pointer, i); k.Format(buffer, i, i); k.FormatMsg(2, format, array); k.AppendFormat(kFormat, i, "text");
-    k.Format(+(i == 7 ? "%d" : "%u"), i); k.Format(+kPlain, i); k.Format("none");
+    Wide wide; Kelm k("text"); int i = Wide::Next(k, 7, 8); char array[] = "array"; const char* pointer = "%d"; char buffer[] = "%d %d";
+    Members m{}; Kelm format("%s"); std::puts(k); WString w(u"wide");
+    k.Format(pointer, i); k.AppendFormat(buffer, i, i); std::puts(k);
+    k.FormatMsg(2, format, array); k.AppendFormat(kFormat, i, "text"); std::puts(k);
+    k.Format(+(i == 7 ? "%d" : "%u"), i); k.AppendFormat(+kPlain, i); k.AppendFormat("none"); std::puts(k);
 """
 
 
@@ -69,39 +76,54 @@ def right_calls():
     return "".join(lines) + "}\n"
 
 
+def by_tool(tool, source):
+    (WORK / "compile_commands.json").write_text(json.dumps([{
+        "directory": str(WORK), "file": str(source), "command": f"c++ -std=c++17 -I{INCLUDE} -c {source}"}]))
+    status, text = output(tool, WORK)
+    return [status, *text.strip().split("\n")]
+
+
 def compare(title, found, wanted):
-    missed, extra = sorted(set(wanted) - set(found)), sorted(set(found) - set(wanted))
+    missed, extra = (sorted(set(one) - set(other), key=str) for one, other in ((wanted, found), (found, wanted)))
     print(f"{title}: {len(found)} of {len(wanted)}", *(f"\n  not told: {row}" for row in missed),
           *(f"\n  told: {row}" for row in extra))
     return found == wanted
+
+
+def check_tool(tool, planted, right):
+    status, *lines = by_tool(tool, PLANTED)
+    told = [(int(row[1]), int(row[2] or 0), row[3]) for row in map(TOLD.match, lines) if row]
+    return compare(f"{tool}, planted", [status, *told], [1, *planted]) & compare(
+        f"{tool}, right calls", by_tool(tool, right), [0, "1 sources, 209 formats, 0 doubtful"])
+
+
+def check_compiler(compiler, planted, right):
+    wanted = [(line, number, re.sub(r"\W", "", "".join(word[0].upper() + word[1:] for word in
+                                                     re.split("[ -]", fault)))) for line, number, fault in planted]
+    every = "-ferror-limit=0" if "clang" in compiler else "-fmax-errors=0"
+    found, line = [], 0
+    for text in output(compiler, *CHECKED, "-w", every, "-fsyntax-only", PLANTED)[1].split("\n"):
+        if place := LINE.search(text):
+            line = int(place[1])
+        if fault := FAULT.search(text):
+            number = int(fault[2] or fault[4]) if fault[1] == "Conversion" else 0
+            found.append((line, number, fault[3] or fault[5] or "IsTakenByNoConversion"))
+    printed = []
+    for flags in CHECKED, CHECKED[:2]:
+        failed, told = output(compiler, *flags, "-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Werror", right,
+                              LIBRARY, f"-Wl,-rpath,{LIBRARY.parent}", "-o", WORK / "right")
+        printed.append((told if failed else output(WORK / "right")[1]).split("\n"))
+    return compare(f"{compiler}, planted", found, wanted) & compare(f"{compiler}, right calls", *printed)
 
 
 def main():
     WORK.mkdir(parents=True, exist_ok=True)
     planted = [(line, int(row[1]), row[2]) for line, text in enumerate(PLANTED.read_text().split("\n"), 1)
                if (row := re.search(r"// (\d) (.*)", text))]
-    names = [(line, number, re.sub(r"\W", "", "".join(word[0].upper() + word[1:] for word in
-                                                   re.split("[ -]", fault)))) for line, number, fault in planted]
     right = WORK / "right.cpp"
     right.write_text(right_calls())
-    good = len(planted) >= 60
-    for compiler in sys.argv[4:]:
-        every = "-ferror-limit=0" if "clang" in compiler else "-fmax-errors=0"
-        found, line = [], 0
-        for text in output(compiler, *CHECKED, "-w", every, "-fsyntax-only", PLANTED)[1].split("\n"):
-            if place := LINE.search(text):
-                line = int(place[1])
-            if fault := FAULT.search(text):
-                number = int(fault[2] or fault[4]) if fault[1] == "Conversion" else 0
-                found.append((line, number, fault[3] or fault[5] or "IsTakenByNoConversion"))
-        good &= compare(f"{compiler}, planted", found, names)
-        printed = []
-        for flags in CHECKED, CHECKED[:2]:
-            failed, told = output(compiler, *flags, "-Wall", "-Wextra", "-Wpedantic", "-Wshadow", "-Werror", right,
-                                  LIBRARY, f"-Wl,-rpath,{LIBRARY.parent}", "-o", WORK / "right")
-            printed.append((told if failed else output(WORK / "right")[1]).split("\n"))
-        good &= compare(f"{compiler}, right calls", *printed)
-    return good
+    return all([(check_tool if command.endswith("check-formats") else check_compiler)(command, planted, right)
+                for command in sys.argv[4:]])
 
 
 sys.exit(0 if main() else 1)

@@ -1,18 +1,19 @@
 // A mistake a line, with the number of the conversion (0: none takes the argument) and the fault.
 #include <Kelm.h>
 
+#include <cstdint>
 #include <string>
 
 enum class Scoped { kOne };
 enum Colour : long long { kRed };
 struct Members {
-    static const long kMost = 5;
+    static const std::int64_t kMost = 5;
     int field;
 };
 
 struct Wide : WString {
     static void Plant(Kelm& k, const char* n, const char16_t* u, const wchar_t* t, void* v, int i,
-                      long l, char16_t c) {
+                      std::int64_t l, char16_t c) {
         Wide w;
         k.Format("%d");                              // 1 has no argument
         k.Format("%d %d", i);                        // 2 has no argument
