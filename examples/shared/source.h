@@ -5,7 +5,16 @@
 #include <cstdio>
 #include <memory>
 
-/// A file named on the command line as FILE or FILE:CODEPAGE.
+/// Wrong arguments; the text says what is wrong with them.
+struct WrongUse {
+    Kelm text;
+};
+
+/// Takes over the locale of the user. One without character classes beyond ASCII gets those of
+/// UTF-8, by which the library reads text there.
+void UseLocaleOfUser();
+
+/// A file named on the command line as FILE or FILE:CODEPAGE; the file `-` is standard input.
 struct Source {
     Kelm path;
     unsigned int codePage;  ///< 0, the process's own, where the argument names none
@@ -20,6 +29,9 @@ bool IsNumber(const Kelm& text);
 /// Whether the library can decode the code page.
 bool IsKnownCodePage(unsigned int codePage);
 
+/// A message that names the known code pages whose numbers look most like this one.
+Kelm UnknownCodePage(unsigned int codePage);
+
 /// The code page for a message: its number, or the name of the process's own.
 Kelm CodePageName(unsigned int codePage);
 
@@ -28,5 +40,5 @@ using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 /// Null, with `errno` set, if the file cannot be opened.
 File OpenFile(const Kelm& path);
 
-/// Flushes stdout; complains on stderr and gives false if something could not be written.
+/// Closes stdout; complains on stderr and gives false if something could not be written.
 bool FinishOutput(const char* program);

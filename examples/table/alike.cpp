@@ -61,8 +61,8 @@ std::vector<Pair> Pairs(const std::vector<Value>& values, double share, Report& 
             }
         }
         if (i % 16 == 0) {
-            report.Progress(Kelm::FromFormat("%d of %d texts compared", static_cast<int>(i),
-                                             static_cast<int>(values.size())));
+            report.Progress().Show(Kelm::FromFormat("%d of %d texts compared", static_cast<int>(i),
+                                                    static_cast<int>(values.size())));
         }
     }
     std::stable_sort(pairs.begin(), pairs.end(),

@@ -3,7 +3,6 @@
 #include <Kelm.h>
 
 #include <algorithm>
-#include <clocale>
 #include <cstdio>
 #include <new>
 #include <numeric>
@@ -34,7 +33,7 @@ void PrintAlike(const Table& table, const Plan& plan, const Options& options, Re
     CutRows(pairs, options.first);
     std::vector<int> fields(static_cast<size_t>(pairs.fields));
     std::iota(fields.begin(), fields.end(), 0);
-    report.ClearProgress();
+    report.Progress().Clear();
     PrintAligned(pairs, fields, options.width);
 }
 
@@ -45,7 +44,7 @@ void PrintResult(Table& table, const Plan& plan, const Options& options, Report&
     }
     SortRows(plan, table.rows);
     CutRows(table, options.first);
-    report.ClearProgress();
+    report.Progress().Clear();
     if (options.isDelimited) {
         PrintDelimited(table, plan.fields, options.outputDelimiter, options.outputPage, report);
     } else {
@@ -69,12 +68,12 @@ Status Run(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::setlocale(LC_ALL, "");
+    UseLocaleOfUser();
     try {
         const Options options = ParseArguments(std::vector<Kelm>(argv + 1, argv + argc));
         if (options.help) {
             std::fputs(kHelp, stdout);
-            return kFine;
+            return FinishOutput("table") ? kFine : kProblems;
         }
         return Run(options);
     } catch (const WrongUse& wrong) {

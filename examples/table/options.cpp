@@ -11,7 +11,7 @@ const char* const kHelp =
     "CODEPAGE is a number such as 932, 1252 or 65001; without one, the process's own holds.\n"
     "DELIMITER is tab (where none is given), comma, semicolon, pipe, colon, space or one other\n"
     "mark. Every delimiter separates: there is no quoting.\n"
-    "FIELD is a number from 1, or a name.\n"
+    "The file - is standard input. FIELD is a number from 1, or a name.\n"
     "\n"
     "What is in the files\n"
     "  --header           the first row of each file names the fields\n"
@@ -90,7 +90,7 @@ void ParseOutput(const Kelm& value, Options& options) {
     }
     options.outputPage = page.To<unsigned int>();
     if (!IsKnownCodePage(options.outputPage)) {
-        throw WrongUse{"code page " + page + " is unknown"};
+        throw WrongUse{UnknownCodePage(options.outputPage)};
     }
     options.outputDelimiter = delimiter;
     options.isDelimited = true;

@@ -40,8 +40,7 @@ void Reader::Problem(const Kelm& text) {
 void Reader::ReadFile(const Input& input) {
     const Source& source = input.source;
     if (!IsKnownCodePage(source.codePage)) {
-        m_report.FileProblem(Kelm::FromFormat("%s: code page %u is unknown",
-                                              source.path.constBuffer(), source.codePage));
+        m_report.FileProblem(source.path + ": " + UnknownCodePage(source.codePage));
         return;
     }
     m_input = &input;
@@ -59,9 +58,9 @@ void Reader::ReadFile(const Input& input) {
                 TakeLine(bytes);
             }
             if (m_line % 4096 == 0) {
-                m_report.Progress(Kelm::FromFormat("%s: %d lines, %d MB", source.path.constBuffer(),
-                                                   m_line,
-                                                   static_cast<int>(lines.BytesRead() >> 20)));
+                m_report.Progress().Show(
+                    Kelm::FromFormat("%s: %d lines, %d MB", source.path.constBuffer(), m_line,
+                                     static_cast<int>(lines.BytesRead() >> 20)));
             }
         }
     }

@@ -3,7 +3,6 @@
 
 #include <Kelm.h>
 
-#include <clocale>
 #include <cstdio>
 #include <new>
 #include <vector>
@@ -19,6 +18,7 @@ constexpr const char* kHelp =
     "\n"
     "Decodes each FILE from its code page (a number such as 932, 1252 or 65001; without\n"
     "one, the code page of the process), counts its words and shows the most frequent.\n"
+    "The file - is standard input.\n"
     "\n"
     "  --top N        show the N most frequent words (15 if nothing else is asked for)\n"
     "  --find TEXT    show where the text occurs, in upper or lower case\n"
@@ -120,13 +120,14 @@ Status Run(const Options& options) {
             PrintAlike(byCount, options.alike);
         }
     }
-    return texts.size() == options.sources.size() && FinishOutput("words") ? kFine : kFileFailed;
+    const bool isWritten = FinishOutput("words");
+    return isWritten && texts.size() == options.sources.size() ? kFine : kFileFailed;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::setlocale(LC_ALL, "");
+    UseLocaleOfUser();
     try {
         Options options;
         if (!ParseArguments(std::vector<Kelm>(argv + 1, argv + argc), options)) {
@@ -135,7 +136,7 @@ int main(int argc, char** argv) {
         }
         if (options.help) {
             std::fputs(kHelp, stdout);
-            return kFine;
+            return FinishOutput("words") ? kFine : kFileFailed;
         }
         return Run(options);
     } catch (const std::bad_alloc&) {

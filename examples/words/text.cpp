@@ -120,8 +120,7 @@ void Complain(const Kelm& message) {
 
 bool ReadText(const Source& source, Text& text) {
     if (!IsKnownCodePage(source.codePage)) {
-        Complain(Kelm::FromFormat("%s: code page %u is unknown", source.path.constBuffer(),
-                                  source.codePage));
+        Complain(source.path + ": " + UnknownCodePage(source.codePage));
         return false;
     }
     Kelm bytes;
