@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
 # Shows the example programs at work on texts that every Debian has and on those of examples/data.
 # Usage: examples/demo.sh PROGRAMS [CHAPTER]...    PROGRAMS: the folder of the built examples;
-#        CHAPTER: words, table or million; all of them without one
+#        CHAPTER: words, table, recode or million; all of them without one
 set -euo pipefail
 PATH=$(cd "$1" && pwd):$PATH
 chapters=${*:2}
 cd "$(dirname "$0")"
 [[ $(locale charmap 2>/dev/null) == UTF-8 ]] || export LC_ALL=C.UTF-8
 
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
 licenses=/usr/share/common-licenses
 zones=/usr/share/zoneinfo
 
@@ -61,9 +63,17 @@ table_chapter() {
     show 'table --header --sort nmae data/customers-1252.csv:1252:semicolon'
 }
 
+recode_chapter() {
+    mkdir "$work/letters" && cp data/*-* "$work/letters"
+    say 'A folder of several code pages, first dry, then in place'
+    cd "$work"
+    show 'recode --dry-run --from 65001,932,1252 letters'
+    show 'recode --from 932 letters/{customers,eki}-932.txt; cat letters/eki-932.txt'
+    cd "$OLDPWD"
+}
+
 million_chapter() {
-    rows=$(mktemp)
-    trap 'rm -f "$rows"' EXIT
+    local rows=$work/rows
     say 'A million rows'
     awk 'BEGIN { for (i = 1; i <= 1000000; ++i)
         printf "%d;Kunde %d;%s;%d;%s\n", i, i * 7919 % 1000003, i % 3 ? "K\366ln" : "L\374beck",
@@ -73,6 +83,6 @@ million_chapter() {
     --sort orders:number:down --sort name --first 8 "$rows":1252:semicolon'
 }
 
-for chapter in ${chapters:-words table million}; do
+for chapter in ${chapters:-words table recode million}; do
     "${chapter}_chapter"
 done

@@ -5,11 +5,6 @@
 #include <cstdio>
 #include <memory>
 
-/// Wrong arguments; the text says what is wrong with them.
-struct WrongUse {
-    Kelm text;
-};
-
 /// Takes over the locale of the user. One without character classes beyond ASCII gets those of
 /// UTF-8, by which the library reads text there.
 void UseLocaleOfUser();

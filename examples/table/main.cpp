@@ -8,6 +8,7 @@
 #include <numeric>
 #include <vector>
 
+#include "../shared/arguments.h"
 #include "../shared/source.h"
 #include "alike.h"
 #include "options.h"

@@ -1,6 +1,6 @@
 #include "options.h"
 
-#include "report.h"
+#include "../shared/arguments.h"
 
 const char* const kHelp =
     "usage: table [OPTION]... FILE[:CODEPAGE[:DELIMITER]]...\n"
@@ -167,18 +167,10 @@ void TakeValue(const Kelm& name, const Kelm& value, Options& options) {
 
 Options ParseArguments(const std::vector<Kelm>& arguments) {
     Options options;
-    for (size_t i = 0; i < arguments.size(); ++i) {
-        const Kelm& argument = arguments[i];
-        if (argument.Left(2) != "--") {
-            options.inputs.push_back(ParseInput(argument));
-        } else if (TakeSwitch(argument, options)) {
-            continue;
-        } else if (i + 1 < arguments.size()) {
-            TakeValue(argument, arguments[++i], options);
-        } else {
-            throw WrongUse{argument + " is no option, or lacks its value"};
-        }
-    }
+    TakeArguments(arguments,
+                  {[&](const Kelm& file) { options.inputs.push_back(ParseInput(file)); },
+                   [&](const Kelm& name) { return TakeSwitch(name, options); },
+                   [&](const Kelm& name, const Kelm& value) { TakeValue(name, value, options); }});
     if (options.inputs.empty() && !options.help) {
         throw WrongUse{"no file is named"};
     }

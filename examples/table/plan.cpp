@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "report.h"
+#include "../shared/arguments.h"
 
 namespace {
 

@@ -4,16 +4,23 @@
 #
 # A command stands behind "$ " and goes on in the next line where it ends with a backslash. What
 # follows is its output, up to the next command or a line that begins with "# ". In a page of the
-# documentation only blocks marked ```console count.
+# documentation only blocks marked ```console count. Commands run in the root of the tree, and behind
+# a "cd" where that led; $TREE is the root, $SCRATCH an empty
+# folder of the session's own.
 set -u
 PATH=$(cd "$1" && pwd):$PATH
 session=$(cd "$(dirname "$2")" && pwd)/${2##*/}
-cd "$(dirname "$0")/../.."
+cd "$(dirname "$0")/../.." || exit
+own=$(mktemp -d) || exit
+trap 'rm -rf "$own"' EXIT
+mkdir "$own/scratch"
+export SCRATCH=$own/scratch TREE=$PWD
 
 run() {
-    (eval "$1") </dev/null 2>&1
+    (trap 'pwd >"$own/folder"' EXIT && eval "$1") </dev/null 2>&1
     local status=$?
     ((status == 0)) || echo "[status $status]"
+    cd "$(<"$own/folder")" || exit
 }
 
 record() {
