@@ -106,7 +106,7 @@ constexpr Type TypeOf() {
     }
 }
 
-constexpr Type Wanted(const KelmFormat::Specification& conversion) {
+constexpr Type Wanted(const KelmFormat::Directive& conversion) {
     using KelmFormat::Kind;
     switch (conversion.kind) {
         case Kind::Character:
@@ -231,8 +231,8 @@ constexpr void Examine(const Unit* format, const Type* types, int count, Report&
             continue;
         }
         source.fault = Fault::None;
-        KelmFormat::Specification conversion;
-        KelmFormat::TakeSpecification(p, source, conversion);
+        KelmFormat::Directive conversion;
+        KelmFormat::TakeDirective(p, source, conversion);
         if (!source.isLost) {
             const Type wanted = Wanted(conversion);
             source.Take(wanted, FaultOf(wanted));

@@ -75,7 +75,7 @@ constexpr unsigned OptionOf(Unit unit) {
 }
 
 /// One conversion without its argument.
-struct Specification {
+struct Directive {
     int width = 0;
     int precision = 0;     ///< 0 too where none is given
     unsigned options = 0;  ///< set of `Option`
@@ -119,7 +119,7 @@ constexpr int TakeNumber(const Unit*& p, Source& source) {
 }
 
 template <class Unit, class Source>
-constexpr void TakeFlags(const Unit*& p, Source& source, Specification& conversion) {
+constexpr void TakeFlags(const Unit*& p, Source& source, Directive& conversion) {
     for (unsigned option = OptionOf(*p); option != 0; option = OptionOf(*++p)) {
         conversion.options |= option;
         if (option == kAlternate) {
@@ -131,7 +131,7 @@ constexpr void TakeFlags(const Unit*& p, Source& source, Specification& conversi
 }
 
 template <class Unit, class Source>
-constexpr void TakePrecision(const Unit*& p, Source& source, Specification& conversion) {
+constexpr void TakePrecision(const Unit*& p, Source& source, Directive& conversion) {
     if (*p != Unit{'.'}) {
         return;
     }
@@ -174,7 +174,7 @@ constexpr SizeMark TakePrefix(const Unit*& p) {
 
 /// What may stand between `%` and the conversion character.
 template <class Unit, class Source>
-constexpr void TakeOptions(const Unit*& p, Source& source, Specification& conversion) {
+constexpr void TakeOptions(const Unit*& p, Source& source, Directive& conversion) {
     TakeFlags(p, source, conversion);
     if (conversion.width == 0) {
         conversion.width = TakeNumber(p, source);
@@ -186,7 +186,7 @@ constexpr void TakeOptions(const Unit*& p, Source& source, Specification& conver
     }
 }
 
-constexpr bool TakesWide(const Specification& conversion, bool formatIsWide) {
+constexpr bool TakesWide(const Directive& conversion, bool formatIsWide) {
     if (conversion.mark != SizeMark::None) {
         return conversion.mark == SizeMark::Wide;
     }
@@ -196,7 +196,7 @@ constexpr bool TakesWide(const Specification& conversion, bool formatIsWide) {
 
 /// Reads the conversion behind a `%` at `p`; `p` ends up on its conversion character.
 template <class Unit, class Source>
-constexpr void TakeSpecification(const Unit*& p, Source& source, Specification& conversion) {
+constexpr void TakeDirective(const Unit*& p, Source& source, Directive& conversion) {
     if (KindOf(*p) == Kind::None) {
         TakeOptions(p, source, conversion);
     }

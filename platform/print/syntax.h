@@ -67,7 +67,7 @@ private:
 using namespace KelmFormat;
 
 /// One conversion and its argument.
-struct Conversion : Specification {
+struct Conversion : Directive {
     union {
         long long integer;  ///< unsigned conversions: the same 64 bits
         double real;
@@ -135,7 +135,7 @@ inline void take_argument(Conversion& conversion, Arguments& arguments) {
 /// Reads the conversion behind a `%` at `p` and takes its arguments; `p` ends up behind it.
 template <class Unit>
 void take_conversion(const Unit*& p, Arguments& arguments, Conversion& conversion) {
-    TakeSpecification(p, arguments, conversion);
+    TakeDirective(p, arguments, conversion);
     ++p;
     take_argument(conversion, arguments);
 }
