@@ -2,6 +2,9 @@
 #define KELM_H
 
 /// @file
+/// The three classes of text and the operators between them.
+
+/// @mainpage Manual
 /// Text values that are cheap to copy: `Kelm` for narrow text in the process's multi-byte code
 /// page, `WString` for 16-bit text, and `Kelm::Token`, which walks a narrow text word by word.
 ///
@@ -75,6 +78,14 @@
 /// a failed assertion: in every build it prints the expression, file and line to stderr and aborts.
 /// Exhausted memory is `std::bad_alloc` and leaves the value as its member says; where nothing is
 /// said, the value is unchanged.
+///
+/// ## Read on
+///
+/// The chapters beside this one, in the tree of the sources: [in short](README.md), with how to
+/// build and link; [coming from elsewhere](docs/coming-from.md), from `std::string`, `printf` or
+/// 16-bit `wchar_t`; [sharing, capacity and threads](docs/sharing.md);
+/// [code pages](docs/code-pages.md); [debuggers](docs/debugging.md); and two whole programs,
+/// [table](docs/table.md) and [recode](docs/recode.md).
 
 #include <cstdarg>
 #include <cstdint>
@@ -86,11 +97,15 @@
 #endif
 #endif
 
+/// @name Version
+/// @{
+
 /// The version of this header, in three numbers and in one that grows.
 #define KELM_VERSION_MAJOR 1
 #define KELM_VERSION_MINOR 0
 #define KELM_VERSION_PATCH 0
 #define KELM_VERSION (KELM_VERSION_MAJOR * 10000 + KELM_VERSION_MINOR * 100 + KELM_VERSION_PATCH)
+/// @}
 
 /// Marks what the library exports.
 #define KELM_API __attribute__((visibility("default")))
