@@ -82,6 +82,17 @@ auto is_in(const char16_t* pchSet) {
     };
 }
 
+/// White space. The C library is asked once for a run of one unit, as margins mostly are.
+auto is_space() {
+    return [chLast = u'\0', isLast = false](char16_t ch) mutable {
+        if (ch != chLast) {
+            chLast = ch;
+            isLast = platform::iswspace(ch);
+        }
+        return isLast;
+    };
+}
+
 int read_int(const char16_t* pchText) {
     const int nValue = platform::_wtoi(pchText);
     return nValue != 0 ? nValue : platform::wcstol(pchText);
@@ -346,8 +357,7 @@ void WString::MakeReverse() {
 }
 
 void WString::TrimRight() {
-    storage::keep<char16_t>(m_pchData, m_pchData,
-                            trimmed_end(m_pchData, GetLength(), platform::iswspace));
+    storage::keep<char16_t>(m_pchData, m_pchData, trimmed_end(m_pchData, GetLength(), is_space()));
 }
 
 void WString::TrimRight(char16_t ch) {
@@ -364,7 +374,7 @@ void WString::TrimRight(const char16_t* pchSet) {
 
 void WString::TrimLeft() {
     const char16_t* pchEnd = m_pchData + GetLength();
-    storage::keep(m_pchData, trimmed_start(m_pchData, pchEnd, platform::iswspace), pchEnd);
+    storage::keep(m_pchData, trimmed_start(m_pchData, pchEnd, is_space()), pchEnd);
 }
 
 void WString::TrimLeft(char16_t ch) {
@@ -384,10 +394,10 @@ void WString::TrimLeft(const char16_t* pchSet) {
 
 WString WString::Trim() const {
     const int nLen = refs(GetData()) < 0 ? length_of(m_pchData) : GetLength();
-    const char16_t* pchEnd = trimmed_end(m_pchData, nLen, platform::iswspace);
+    const char16_t* pchEnd = trimmed_end(m_pchData, nLen, is_space());
     WString copy;
     copy.AllocBuffer(nLen);
-    storage::keep(copy.m_pchData, trimmed_start(m_pchData, pchEnd, platform::iswspace), pchEnd);
+    storage::keep(copy.m_pchData, trimmed_start(m_pchData, pchEnd, is_space()), pchEnd);
     return copy;
 }
 
