@@ -52,8 +52,10 @@ public:
         const int lastRound = (count - 1) / kNoted;
         for (int round = lastRound; round >= 0; --round) {
             // Those of the last round are noted since they were counted.
-            const int noted =
-                round == lastRound ? count - round * kNoted : Note(round, end - oldSize);
+            if (round != lastRound) {
+                Note(round);
+            }
+            const int noted = round == lastRound ? count - round * kNoted : kNoted;
             for (int i = noted - 1; i >= 0; --i) {
                 const int behind = places_[i] + oldSize;
                 write -= end - behind;
@@ -83,18 +85,12 @@ public:
 private:
     static std::size_t Bytes(int size) { return static_cast<std::size_t>(size) * sizeof(Unit); }
 
-    /// Notes the hits of a round, all of which lie in front of what has been moved, unless the
-    /// search text is part of that.
-    int Note(int round, int last) {
+    /// Notes the hits of a full round, all of which lie in front of what has been moved.
+    void Note(int round) {
         auto hits = search_.Hits(text_ + starts_[round], text_ + length_);
-        for (int i = 0; i < kNoted; ++i) {
-            const Unit* hit = hits.Next();
-            if (hit == nullptr || hit - text_ > last) {
-                return i;
-            }
-            places_[i] = static_cast<int>(hit - text_);
+        for (int& place : places_) {
+            place = static_cast<int>(hits.Next() - text_);
         }
-        return kNoted;
     }
 
     Unit* text_;

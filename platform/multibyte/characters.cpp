@@ -49,13 +49,12 @@ std::size_t length_in_range(const CodePage& page, const char* p, const char* las
         return 1;
     }
     switch (page.grouping) {
-        case Grouping::SingleByte:
-            return 1;
         case Grouping::Utf8:
             return utf8_length_in_range(p, last);
         case Grouping::DoubleByte:
             return page.IsLead(static_cast<unsigned char>(*p)) && last - p > 1 && p[1] != '\0' ? 2
                                                                                                : 1;
+        case Grouping::SingleByte:
         case Grouping::Other:
             break;
     }
@@ -254,8 +253,6 @@ const char* run_by_walk(const CodePage& page, const char* first, const char* las
 
 bool Boundaries::Has(const char* p) noexcept {
     switch (page_.grouping) {
-        case Grouping::SingleByte:
-            return true;
         case Grouping::Utf8:
             return utf8_start(first_, p, last_) == p;
         case Grouping::DoubleByte: {
@@ -263,6 +260,7 @@ bool Boundaries::Has(const char* p) noexcept {
             known_ = isStart ? p : p + 1;
             return isStart;
         }
+        case Grouping::SingleByte:
         case Grouping::Other:
             break;
     }
@@ -290,10 +288,6 @@ const char* _mbschr(const CodePage& page, const char* first, const char* last,
 const char* _mbsrchr(const CodePage& page, const char* first, const char* last,
                      unsigned char byte) noexcept {
     const char unit = static_cast<char>(byte);
-    if (stands_alone(page, byte)) {
-        return static_cast<const char*>(
-            memrchr(first, byte, static_cast<std::size_t>(last - first)));
-    }
     if (page.grouping == Grouping::Other) {
         return last_by_walk(page, first, last, unit);
     }
@@ -416,26 +410,16 @@ ByteSet::ByteSet(const CodePage& page, const char* set) noexcept : has() {
 
 const char* character_start(const CodePage& page, const char* first, const char* p,
                             const char* last) noexcept {
-    if (p == last) {
-        return last;
-    }
     switch (page.grouping) {
-        case Grouping::SingleByte:
-            return p;
         case Grouping::Utf8:
             return utf8_start(first, p, last);
         case Grouping::DoubleByte:
             return start_by_parity(lead_run(page, first, p), p);
+        case Grouping::SingleByte:
         case Grouping::Other:
             break;
     }
-    for (const char* start = first;;) {
-        const std::size_t length = length_in_range(page, start, last);
-        if (start + length > p) {
-            return start;
-        }
-        start += length;
-    }
+    return p;
 }
 
 const char* trailing_run(const CodePage& page, const char* first, const char* last,

@@ -112,7 +112,8 @@ struct ByteSet {
 };
 
 /// The last boundary of a walk from `first` that is not above `p`: the start of the character that
-/// holds the byte at `p`. Looks back only as far as the code page makes necessary.
+/// holds the byte at `p`. Looks back only as far as the code page makes necessary, so it is not for
+/// the pages in which nothing but the walk tells.
 const char* character_start(const CodePage& page, const char* first, const char* p,
                             const char* last) noexcept;
 
