@@ -92,6 +92,14 @@ TYPED_TEST(Block, PrimitivesOfDerivedClasses) {
     piece.AllocBuffer(1);
     EXPECT_EQ(piece.GetLength(), 1);
     EXPECT_EQ(piece[1], 0);
+    text = piece;
+    auto* const block = text.GetData();
+    text.Init();
+    EXPECT_EQ(piece.Refs(), 2);
+    Open<TypeParam>::Release(block);
+    EXPECT_EQ(piece.Refs(), 1);
+    piece.Init();
+    Open<TypeParam>::Release(block);  // for the last time
 }
 
 TYPED_TEST(Block, TooLongIsAFailedAllocation) {

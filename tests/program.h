@@ -117,6 +117,11 @@ private:
         const unsigned kind = in_.Byte();
         const std::size_t nLong = 6 * in_.Byte();
         String result;
+        if (kind % 64 == 7) {
+            static const std::string kWords[] = {"true", " On", "YES\t ", "no"};
+            const std::string& word = kWords[nLong / 6 % 4];
+            return String(word.begin(), word.end());
+        }
         if (kind % 3 == 0) {
             const std::size_t nAt = in_.Below(text.size() + 1);
             return text.substr(kind % 2 == 0 ? 0 : nAt, 1 + kind / 3 % (bLong_ ? 80 : 6) * nAt);

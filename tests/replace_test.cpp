@@ -31,6 +31,10 @@ TEST(BlindReplacing, EndlessStepsBecomeOnePass) {
     Kelm two("aA");
     EXPECT_EQ(two.NCReplace("a", Kelm::FromRepeat('A', 2000)), 2);
     EXPECT_TRUE(two == Kelm::FromRepeat('A', 4000));
+    // The first step would, with hits of which each is a thousand times as long.
+    Kelm thousand = Kelm::FromRepeat('a', 1000);
+    EXPECT_EQ(thousand.NCReplace("a", Kelm::FromRepeat('A', 10000)), 1000);
+    EXPECT_TRUE(thousand == Kelm::FromRepeat('A', 10000000));
     Open<Kelm> locked = from<Kelm>("a&b&c\0&", 20);
     const char* place = locked.LockBuffer();
     EXPECT_EQ(locked.NCReplace("&", "&&"), 2);
@@ -79,12 +83,15 @@ template <class TypeParam>
 class Replacing : public ::testing::Test {};
 TYPED_TEST_SUITE(Replacing, Twins);
 
-TYPED_TEST(Replacing, GrowsInPlaceWhateverTheNumberOfHits) {
+TYPED_TEST(Replacing, GrowsInPlaceAndSharedWhateverTheNumberOfHits) {
     using String = typename Twin<TypeParam>::String;
     for (const int nHits : {255, 256, 257, 131072, 131073, 200000}) {
         const auto nUnits = static_cast<std::size_t>(nHits);
         auto text = from<TypeParam>(String(nUnits, 'x'), 3 * nUnits);
+        auto sharer = text;
+        ASSERT_EQ(sharer.Replace(T_("x"), T_("abc")), nHits);
         ASSERT_EQ(text.Replace(T_("x"), T_("abc")), nHits);
+        ASSERT_EQ(whole(sharer), whole(text));
         String expected;
         for (int n = 0; n < nHits; ++n) {
             expected += T_("abc");

@@ -70,6 +70,20 @@ TYPED_TEST(Searching, CostsNothingBehindTheNul) {
     }
 }
 
+TYPED_TEST(Searching, FindsNothingBehindANul) {
+    using Unit = typename Twin<TypeParam>::Unit;
+    const LocaleScope locale("ja_JP.SHIFT_JIS");
+    for (const int nHit : {900, 4000}) {
+        TypeParam text = TypeParam::FromRepeat(Unit('a'), 5000);
+        text.SetAt(300, 0);
+        text.SetAt(nHit, 'Q');
+        EXPECT_EQ(text.Find(Unit('Q')), -1) << nHit;
+        EXPECT_EQ(text.Find(T_("Qa")), -1) << nHit;
+        EXPECT_EQ(text.FindOneOf(T_("Qz")), -1) << nHit;
+        EXPECT_EQ(text.NCFind(T_("qa")), -1) << nHit;
+    }
+}
+
 // A text that is searched in stretches is cut between characters, also where some of their bytes
 // are those of digits.
 TEST(LongText, IsCutBetweenCharacters) {

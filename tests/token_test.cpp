@@ -28,7 +28,23 @@ std::string walk(const Kelm& text, By by) {
     return tokens;
 }
 
+struct OpenToken : Kelm::Token {
+    using Token::FindChar;
+    using Token::FindWhitespace;
+    using Token::Token;
+};
+
 }  // namespace
+
+TEST(Token, LooksForABlackByteAndForAGivenOne) {
+    const Kelm text("a \t b");
+    const OpenToken token(text);
+    EXPECT_EQ(token.FindWhitespace(0), 0);
+    EXPECT_EQ(token.FindWhitespace(1), 4);
+    EXPECT_EQ(token.FindWhitespace(5), -1);
+    EXPECT_EQ(token.FindChar(0, 'b'), 4);
+    EXPECT_EQ(token.FindChar(1, 'a'), -1);
+}
 
 TEST(Token, Walks) {
     const struct {

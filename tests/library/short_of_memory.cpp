@@ -132,9 +132,10 @@ Result attempt(const Operation& operation) {
 
 /// In a process that has converted nothing.
 Result attempt_apart(const Operation& operation) {
+    std::fflush(nullptr);
     const pid_t child = fork();
     if (child == 0) {
-        _exit(attempt(operation));
+        std::exit(attempt(operation));
     }
     int status = 0;
     waitpid(child, &status, 0);

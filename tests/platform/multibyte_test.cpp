@@ -109,6 +109,17 @@ TEST(Multibyte, OrdersAllPairsOfShortTexts) {
     }
 }
 
+TEST(Multibyte, OrdersBehindPairsOfCase) {
+    const LocaleScope locale("en_US.UTF-8");
+    for (const std::size_t length : {0U, 1U, 300U}) {
+        const std::string upper = std::string(length, 'X') + "\u00C9t\u0414\u0416A";
+        const std::string lower = std::string(length, 'x') + "\u00E9T\u0434\u0436a";
+        EXPECT_EQ(platform::_mbsicmp(page(), upper.c_str(), lower.c_str()), 0) << length;
+        EXPECT_LT(platform::_mbsicmp(page(), (upper + "a").c_str(), (lower + "B").c_str()), 0);
+        EXPECT_GT(platform::_mbsicmp(page(), (upper + "\u00C9").c_str(), lower.c_str()), 0);
+    }
+}
+
 TEST(SingleBytes, ClassesOfTheLocale) {
     for (unsigned value = 0; value < 0x200; ++value) {
         EXPECT_EQ(platform::_ismbcdigit(value), value >= '0' && value <= '9') << value;

@@ -79,6 +79,8 @@ TEST(Print, Texts) {
     EXPECT_EQ(call(u"%hs|%hS", narrow, narrow).text, wide + u"|"s + wide);
     EXPECT_EQ(call("%C|%4lc|%-4C|", u'ä', u'ä', u'ä').text, "ä|  ä|ä  |");
     EXPECT_EQ(call(u"%C|%4hc|%hC", 'a', 'b', 0xE4).text, u"a|   b|\uFFFD");
+    EXPECT_EQ(call("ä%dä%%ä%d", 1, 2).text, "ä1ä%ä2");
+    EXPECT_EQ(call(u"%.0000000003d", 7).text, u"007");
     // A trail byte that is a percent sign starts no conversion.
     const LocaleScope japanese("ja_JP.SHIFT_JIS");
     EXPECT_EQ(call("\203\145%d\201%d%d", 1, 2).text, "\203\1451\201%d2");
@@ -108,6 +110,9 @@ TEST(Print, ArgumentsInTheOrderOfTheFormat) {
         call(u"%*d|%-*.*f|%n%I64d%c%p", 4, 1, 8, 2, 1.25, &untouched, 1LL << 33, 0, nullptr).text,
         u"   1|1.25    |8589934592\0(nil)"s);
     EXPECT_EQ(untouched, 7);
+    EXPECT_EQ(call("%p|%+20p|%-9p|", &untouched, &untouched, u"").text,
+              oracle::printed("%p|%+20p|%-9p|", static_cast<void*>(&untouched),
+                              static_cast<void*>(&untouched), static_cast<const void*>(u"")));
 }
 
 int print_into(char* room, int capacity, const char* format, ...) {

@@ -40,6 +40,7 @@ TEST(Similarity, LikeTheOracle) {
     const std::string a = text(40000), b = text(300);
     expect_like_oracle("1" + a, "2" + b + "2");
     expect_like_oracle("1" + b + "1", "2" + a);
+    expect_like_oracle("1" + text(100), "2" + b);
     EXPECT_EQ(common_length("1" + a + "2" + a, "3" + a + "2" + a), 80001);
 }
 
