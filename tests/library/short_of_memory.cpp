@@ -1,7 +1,8 @@
 // Memory runs out at every allocation of the first use of a code page, the C library's own for a
 // converter and its file included: each time in a fresh process, once and from then on, and where
 // there are no new pages at all. What comes out is std::bad_alloc with the objects as they were, or
-// the right text; the next call works.
+// the right text; the next call works. With the argument `all` every code page is tried as well,
+// both ways, which takes minutes.
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -11,8 +12,11 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <initializer_list>
 #include <new>
+#include <string>
+#include <vector>
 
 #include "Kelm.h"
 
@@ -68,6 +72,18 @@ struct Operation {
 
 const char kShiftJis[] = "ja_JP.SHIFT_JIS";
 const char kKana[] = "\x83\x4A";
+
+unsigned int tried_page;  // by these two
+const char kBytes[] = "A\x81\xB0\xA1z";
+const Operation kDecode = {
+    "decode", "C",
+    kBytes,   kBytes,
+    nullptr,  [](Kelm& narrow, Wide& wide) { wide = WString::FromCodePage(narrow, tried_page); }};
+const Operation kEncode = {
+    "encode", "C",
+    "old",    nullptr,
+    u"old",   [](Kelm& narrow, Wide&) {
+                               narrow = WString(u"A\u00E9\u4E00").ToKelm(tried_page); }};
 
 const Operation kOperations[] = {
     {"=", kShiftJis, kKana, kKana, u"\u30AB", [](Kelm& narrow, Wide& wide) { wide = narrow; }},
@@ -142,6 +158,8 @@ Result attempt_apart(const Operation& operation) {
     return WIFEXITED(status) ? static_cast<Result>(WEXITSTATUS(status)) : kWrong;
 }
 
+int refusals;
+
 /// The number of faults.
 int run(const Operation& operation) {
     int faults = 0;
@@ -150,6 +168,7 @@ int run(const Operation& operation) {
         for (int failing = goesOn ? 0 : 1; result != kDone && failing < 1000; ++failing) {
             refusal = {false, goesOn, failing, 0};
             result = attempt_apart(operation);
+            refusals += result == kRefused ? 1 : 0;
             if (result == kWrong) {
                 std::printf("%s: allocation %d%s\n", operation.name, failing, goesOn ? " on" : "");
                 ++faults;
@@ -160,9 +179,64 @@ int run(const Operation& operation) {
     return faults;
 }
 
+struct Page {
+    unsigned int number;
+    char encoded[32];
+    char16_t decoded[32];
+};
+
+/// All there are, with what they make where there is memory. Told by a process of its own, so that
+/// each stays unused in this one.
+std::vector<Page> known_pages() {
+    int ends[2];
+    if (pipe(ends) != 0) {
+        return {};
+    }
+    if (fork() == 0) {
+        for (unsigned int number = 1; number < 0x10000; ++number) {
+            const WString decoded = WString::FromCodePage(kBytes, number);
+            const Kelm encoded = WString(u"A\u00E9\u4E00").ToKelm(number);
+            Page page{number, {}, {}};
+            std::memcpy(page.decoded, decoded, 2 * static_cast<std::size_t>(decoded.GetLength()));
+            std::memcpy(page.encoded, encoded, static_cast<std::size_t>(encoded.GetLength()));
+            if (!decoded.IsEmpty() && write(ends[1], &page, sizeof page) != sizeof page) {
+                break;
+            }
+        }
+        _exit(0);
+    }
+    close(ends[1]);
+    std::vector<Page> pages;
+    for (Page page; read(ends[0], &page, sizeof page) == sizeof page;) {
+        pages.push_back(page);
+    }
+    close(ends[0]);
+    wait(nullptr);
+    return pages;
+}
+
+int run_all_pages() {
+    const std::vector<Page> pages = known_pages();
+    int faults = pages.size() < 100 ? 1 : 0;
+    for (const Page& page : pages) {
+        tried_page = page.number;
+        Operation decode = kDecode;
+        decode.wide = page.decoded;
+        Operation encode = kEncode;
+        encode.after = page.encoded;
+        const int before = faults;
+        faults += run(decode) + run(encode);
+        if (faults != before) {
+            std::printf("page %u\n", page.number);
+        }
+    }
+    std::printf("%zu pages, ", pages.size());
+    return faults;
+}
+
 }  // namespace
 
-int main() {
+int main(int count, char** arguments) {
     int faults = 0;
     for (const Operation& operation : kOperations) {
         if (std::setlocale(LC_ALL, operation.locale) == nullptr) {
@@ -171,5 +245,9 @@ int main() {
         }
         faults += run(operation);
     }
+    if (count > 1 && std::strcmp(arguments[1], "all") == 0) {
+        faults += run_all_pages();
+    }
+    std::printf("%d refusals, %d faults\n", refusals, faults);
     return faults != 0 ? 1 : 0;
 }
