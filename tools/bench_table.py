@@ -33,9 +33,9 @@ def time_of(run):
 class Target:
     """One promise: how much longer a peer takes."""
 
-    def __init__(self, workload, size, peer, ratio, implementation):
+    def __init__(self, workload, size, peer, ratio, implementation, reason):
         self.workload, self.size, self.peer = workload, size, peer
-        self.ratio, self.implementation = ratio, implementation
+        self.ratio, self.implementation, self.reason = ratio, implementation, reason
         self.measured = None
 
     def measure(self, results):
@@ -64,14 +64,15 @@ class Target:
 def read_targets(path, results):
     targets = []
     for line in path.read_text().splitlines():
-        columns = line.split("#")[0].split()
+        line, _, reason = line.partition("#")
+        columns = line.split()
         if not columns:
             continue
         pattern, sizes, peer, ratio = columns[:4]
         implementation = columns[4] if len(columns) > 4 else "kelm"
         for workload, size in results:
             if fnmatch.fnmatch(workload, pattern) and size in sizes.split(","):
-                targets.append(Target(workload, size, peer, ratio, implementation))
+                targets.append(Target(workload, size, peer, ratio, implementation, reason.strip()))
     for target in targets:
         target.measure(results)
     return [target for target in targets if target.measured]
@@ -89,7 +90,7 @@ def target_table(targets):
     yield "|---|--:|---|--:|--:|---|"
     for target in targets:
         wanted = target.ratio if target.ratio[0] in "<l" else f"≥ {target.ratio}"
-        verdict = "reached" if target.score >= 1 else "**not reached**"
+        verdict = "reached" if target.score >= 1 else f"**not reached**: {target.reason or 'unknown'}"
         peer = {"*": "the best"}.get(target.peer, f"`{target.peer}`")
         variant = "" if target.implementation == "kelm" else f" by `{target.implementation}`"
         yield (f"| `{target.workload}`{variant} | {target.size} | {peer} | {wanted} "
