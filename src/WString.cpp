@@ -26,9 +26,15 @@ namespace {
 
 /// A narrow value that a result is written into.
 struct NarrowResult : Kelm {
-    using Kelm::AllocBuffer;
     using Kelm::m_pchData;
 };
+
+/// `text`, which is new, becomes what the conversion gives.
+template <class Unit, class Conversion>
+void convert(Unit*& text, const Conversion& conversion) {
+    storage::alloc(text, blocks::checked_length(conversion.Size()));
+    conversion.Write(text);
+}
 
 int remove_folded(char16_t*& text, int nUpper, const char16_t* pchUpper) {
     const std::size_t nSize = static_cast<std::size_t>(nUpper);
@@ -576,8 +582,7 @@ WString WString::FromCodePage(const char* pchText, unsigned int nCodePage) {
 Kelm WString::ToKelm(unsigned int nCodePage) const {
     const platform::Encoding encoding(nCodePage, m_pchData, GetLength());
     NarrowResult text;
-    text.AllocBuffer(encoding.Size());
-    encoding.Write(text.m_pchData);
+    convert(text.m_pchData, encoding);
     return text;
 }
 
@@ -636,8 +641,7 @@ int WString::VFormat(char16_t* pchDest, const char16_t* pchFormat, va_list argLi
 WString WString::_FromCodePage(const char* pchText, int nLength, unsigned int nCodePage) {
     const platform::Decoding decoding(nCodePage, pchText, nLength);
     WString text;
-    text.AllocBuffer(decoding.Size());
-    decoding.Write(text.m_pchData);
+    convert(text.m_pchData, decoding);
     return text;
 }
 

@@ -118,6 +118,10 @@ TEST(Narrow, TooLongLeavesTheText) {
     EXPECT_THROW(text.ReplaceTabs(INT_MAX), std::bad_alloc);
     EXPECT_THROW(text.Repeat("abc", INT_MAX), std::bad_alloc);
     EXPECT_STREQ(text, "\t\t");
+    struct Wide : WString {
+        using WString::_FromCodePage;
+    };
+    EXPECT_THROW(static_cast<void>(Wide::_FromCodePage("", INT_MAX, 28591)), std::bad_alloc);
     EXPECT_EQ((Kelm::FromRepeat('0', 500) + "7;8").IndexOfElement(7, ';'), 0);
 }
 
