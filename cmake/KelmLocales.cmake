@@ -26,5 +26,6 @@ kelm_add_locale(zh_TW.BIG5 zh_TW BIG5)
 kelm_add_locale(ko_KR.EUC-KR ko_KR EUC-KR)
 kelm_add_locale(ka_GE.GEORGIAN-PS ka_GE GEORGIAN-PS)
 kelm_add_locale(zh_TW.EUC-TW zh_TW EUC-TW)
+kelm_add_locale(zh_HK.BIG5-HKSCS zh_HK BIG5-HKSCS)
 
 add_custom_target(kelm_locales ALL DEPENDS ${kelm_locale_stamps})

@@ -157,6 +157,8 @@ private:
 /// What is done lies in front of `m_nWrite`, what is to do from `m_nRead` on. It is measured and
 /// folded beforehand; a length of 0 is where that does not hold, which is found out when the walk
 /// gets there. The hits are found as Knuth, Morris and Pratt do, where they begin with a character.
+/// In a few code pages a byte that stands alone makes a character with the fold of the next one:
+/// one walk cannot follow that.
 class FoldedRemoval {
 public:
     /// `bAlone`: the hit is one byte and must be the whole character.
@@ -182,22 +184,30 @@ public:
                                         static_cast<std::size_t>(m_upper.GetLength()))) != nullptr;
     }
 
+    /// The number of hits; -1 where one walk cannot follow.
     int Run() {
         m_ownBorders = borders_of(m_upper);
         m_ownLengths.reset(new unsigned char[static_cast<std::size_t>(m_nEnd) + 1]());
         m_borders = m_ownBorders.get();
         m_lengths = m_ownLengths.get();
         for (int n = 0; n < m_nEnd;) {
-            const unsigned char nLen = Measure(n);
+            const unsigned char nLen = Measure(m_pchText + n);
+            if (MayJoin(m_pchText + n, nLen) && Measure(m_pchFolded + n) != 1) {
+                return -1;
+            }
             m_lengths[n] = nLen;
             n += nLen;
         }
         int nHits = 0;
         while (m_nRead < m_nEnd) {
             Skip();
-            if (m_nRead < m_nEnd && TakeCharacter()) {
-                ++nHits;
+            if (m_nRead == m_nEnd) {
+                break;
             }
+            if (m_lengths[m_nRead] == 0 && !MeasureAnew()) {
+                return -1;
+            }
+            nHits += TakeCharacter() ? 1 : 0;
         }
         return nHits;
     }
@@ -206,10 +216,17 @@ public:
     int GetLength() const { return m_nWrite; }
 
 private:
-    unsigned char Measure(int nAt) const {
-        const char* pch = m_pchText + nAt;
+    // No character of a locale's codeset has more bytes.
+    static constexpr int kMostBytes = 4;
+
+    unsigned char Measure(const char* pch) const {
         const std::size_t nLen = (*pch & 0x80) == 0 ? 1 : platform::_mbclen(m_page, pch);
         return static_cast<unsigned char>(nLen);
+    }
+
+    /// Whether the folds of the next bytes could make a longer character with this one.
+    bool MayJoin(const char* pch, unsigned char nLen) const {
+        return m_page.grouping == Grouping::Other && nLen == 1 && (*pch & 0x80) != 0;
     }
 
     void Move(int nTo, int nFrom, int nCount) {
@@ -240,9 +257,6 @@ private:
 
     /// Whether the character completed a hit, which is gone then.
     bool TakeCharacter() {
-        if (m_lengths[m_nRead] == 0) {
-            MeasureAnew();
-        }
         const int nLen = m_lengths[m_nRead];
         Move(m_nWrite, m_nRead, nLen);
         m_nRead += nLen;
@@ -257,14 +271,23 @@ private:
         return false;
     }
 
-    void MeasureAnew() {
-        const unsigned char nLen = Measure(m_nRead);
-        char szCharacter[MB_LEN_MAX + 1] = {};
-        std::memcpy(szCharacter, m_pchText + m_nRead, nLen);
-        platform::_mbsupr(m_page, szCharacter);
-        std::memcpy(m_pchFolded + m_nRead, szCharacter, nLen);
+    /// False where one walk cannot follow.
+    bool MeasureAnew() {
+        const char* pch = m_pchText + m_nRead;
+        const unsigned char nLen = Measure(pch);
+        const bool bMayJoin = MayJoin(pch, nLen);
+        // As much as the folds of the next three bytes depend on.
+        const int nAhead = bMayJoin ? std::min(2 * kMostBytes - 1, m_nEnd - m_nRead) : nLen;
+        char szAhead[MB_LEN_MAX + 1] = {};
+        std::memcpy(szAhead, pch, static_cast<std::size_t>(nAhead));
+        platform::_mbsupr(m_page, szAhead);
+        if (bMayJoin && Measure(szAhead) != 1) {
+            return false;
+        }
+        std::memcpy(m_pchFolded + m_nRead, szAhead, nLen);
         std::fill_n(&m_lengths[m_nRead], nLen, static_cast<unsigned char>(0));
         m_lengths[m_nRead] = nLen;
+        return true;
     }
 
     /// How much of the search text ends with the byte at `nAt`, where `nMatched` did in front of
@@ -291,8 +314,6 @@ private:
     /// With the bytes in front of it that may go together with what comes next: those that stand
     /// alone though they are not ASCII.
     void RemoveHit() {
-        // No character of a locale's codeset has more bytes.
-        constexpr int kMostBytes = 4;
         const int nHit = m_nWrite - m_upper.GetLength();
         m_nWrite = nHit;
         for (int n = nHit - 1; n >= 0 && n > nHit - kMostBytes; --n) {
@@ -323,6 +344,19 @@ private:
     int m_nRead = 0;
     int m_nMatched = 0;
 };
+
+/// The same, searched anew after each hit.
+int remove_by_steps(Kelm& text, const Kelm& upper, bool bAlone) {
+    for (int nHits = 0;; ++nHits) {
+        Kelm folded(text.constBuffer());
+        folded.MakeUpper();
+        const int nFound = bAlone ? folded.Find(upper[0]) : folded.Find(upper);
+        if (nFound < 0) {
+            return nHits;
+        }
+        text.Delete(nFound, upper.GetLength());
+    }
+}
 
 }  // namespace
 
@@ -521,11 +555,15 @@ int Kelm::RemoveFolded(const Kelm& upper, bool bAlone) {
     if (!removal.HasHit()) {
         return 0;
     }
-    const int nHits = removal.Run();
+    int nHits = removal.Run();
     Kelm rest(m_pchData, GetLength());
-    char* pchEnd = std::copy_n(removal.Rest(), removal.GetLength(), rest.m_pchData);
-    pchEnd = storage::carry<char>(pchEnd, m_pchData + nSegment, m_pchData + GetLength());
-    replacing::take_rest<char>(m_pchData, nHits, upper.GetLength(), rest,
-                               storage::distance<char>(rest, pchEnd));
+    if (nHits < 0) {
+        nHits = remove_by_steps(rest, upper, bAlone);
+    } else {
+        char* pchEnd = std::copy_n(removal.Rest(), removal.GetLength(), rest.m_pchData);
+        storage::cut_right(rest.m_pchData, storage::carry<char>(pchEnd, m_pchData + nSegment,
+                                                                m_pchData + GetLength()));
+    }
+    replacing::take_rest<char>(m_pchData, nHits, upper.GetLength(), rest, rest.GetLength());
     return nHits;
 }

@@ -79,6 +79,17 @@ TEST(BlindRemoval, LongTextsInLinearTime) {
     }
 }
 
+// A byte that is alone in front of a small letter makes a character with the capital one.
+TEST(BlindRemoval, FoldsThatJoinCharacters) {
+    const LocaleScope locale("zh_HK.BIG5-HKSCS");
+    Kelm text("\x8EiI");
+    EXPECT_EQ(text.NCRemove("i"), 1);
+    EXPECT_STREQ(text, "\x8Ei");
+    text = "o\xA4\xFEo\xA4";
+    EXPECT_EQ(text.NCRemove("o\xA4"), 1);
+    EXPECT_STREQ(text, "\xFEo\xA4");
+}
+
 template <class TypeParam>
 class Replacing : public ::testing::Test {};
 TYPED_TEST_SUITE(Replacing, Twins);
