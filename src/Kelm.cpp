@@ -478,7 +478,7 @@ void Kelm::TrimLeft(const char* pchSet) {
 
 Kelm Kelm::Trim() const {
     const platform::ByteClass space = platform::ByteClass::Space();
-    const int nLen = refs(GetData()) < 0 ? length_of(m_pchData) : GetLength();
+    const int nLen = storage::copied_length(m_pchData);
     const char* pchEnd = trimmed_end(m_pchData, nLen, is_in(space));
     const char* pchStart = trimmed_start(m_pchData, pchEnd, is_in(space));
     Kelm copy;

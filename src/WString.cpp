@@ -16,7 +16,6 @@
 #include "storage.h"
 #include "wide/wide.h"
 
-using blocks::refs;
 using storage::Argument;
 using storage::copy_units;
 using storage::distance;
@@ -399,7 +398,7 @@ void WString::TrimLeft(const char16_t* pchSet) {
 }
 
 WString WString::Trim() const {
-    const int nLen = refs(GetData()) < 0 ? length_of(m_pchData) : GetLength();
+    const int nLen = storage::copied_length(m_pchData);
     const char16_t* pchEnd = trimmed_end(m_pchData, nLen, is_space());
     WString copy;
     copy.AllocBuffer(nLen);

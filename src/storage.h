@@ -319,8 +319,13 @@ void concat_in_place(Unit*& text, int count, const Unit* units) {
     text[block->nDataLength] = Unit{};
 }
 
-/// A copy of a value: shares what can be shared, else copies. A locked text is copied up to its
-/// first NUL.
+/// How much of a value a copy of it has: of a locked one, the text up to the first NUL.
+template <class Unit>
+int copied_length(Unit* text) {
+    return refs(header_of(text)) < 0 ? length_of(text) : length(text);
+}
+
+/// A copy of a value: shares what can be shared, else copies.
 template <class Unit>
 void copy_construct(Unit*& text, Unit* source) {
     Header<Unit>* block = header_of(source);
@@ -332,7 +337,7 @@ void copy_construct(Unit*& text, Unit* source) {
     }
     init(text);
     if (source != nil_text<Unit>()) {
-        assign_copy<Unit>(text, refs(block) < 0 ? length_of(source) : length(source), source);
+        assign_copy<Unit>(text, copied_length(source), source);
     }
 }
 
