@@ -276,7 +276,7 @@ private:
         const char* pch = m_pchText + m_nRead;
         const unsigned char nLen = Measure(pch);
         const bool bMayJoin = MayJoin(pch, nLen);
-        // As much as the folds of the next three bytes depend on.
+        // The folds of the next three bytes depend on so much.
         const int nAhead = bMayJoin ? std::min(2 * kMostBytes - 1, m_nEnd - m_nRead) : nLen;
         char szAhead[MB_LEN_MAX + 1] = {};
         std::memcpy(szAhead, pch, static_cast<std::size_t>(nAhead));
@@ -345,7 +345,7 @@ private:
     int m_nMatched = 0;
 };
 
-/// The same, searched anew after each hit.
+/// Removes hits in steps: after each the text is folded and searched anew.
 int remove_by_steps(Kelm& text, const Kelm& upper, bool bAlone) {
     for (int nHits = 0;; ++nHits) {
         Kelm folded(text.constBuffer());

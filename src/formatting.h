@@ -38,7 +38,7 @@ void integer(Unit*& text, Integer value) {
     storage::with_capacity<Unit>(text, digits, length, platform::kIntegerRoom);
 }
 
-/// The same for the format "%g".
+/// Does that for the format "%g".
 template <class Unit>
 void general(Unit*& text, double value) {
     Unit digits[platform::kGeneralRoom];

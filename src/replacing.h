@@ -67,7 +67,7 @@ public:
         }
     }
 
-    /// The same for up to `kNoted` hits, in a copy.
+    /// Does that for up to `kNoted` hits, in a copy.
     void CopyTo(Unit* dest, int count, int oldSize, const Unit* newText, int newSize) const {
         const auto put = [&dest](const Unit* units, int size) {
             std::memcpy(dest, units, Bytes(size));

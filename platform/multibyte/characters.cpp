@@ -25,7 +25,7 @@ bool is_ascii(char byte) {
     return static_cast<unsigned char>(byte) < 0x80;
 }
 
-// Of the character at `p`, of which `room` bytes may be read.
+// How many bytes the character at `p` has, of which `room` may be read.
 std::size_t length_by_locale(const char* p, std::size_t room) {
     const ErrnoKeeper keeper;
     mbstate_t state{};

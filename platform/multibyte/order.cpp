@@ -154,7 +154,7 @@ int compare_double_byte(const CodePage& page, const char* left, const char* righ
     return compare_characters(page, left + start, right + start);
 }
 
-// For texts that differ.
+// The texts differ.
 int compare_walking(const CodePage& page, const char* left, const char* right) {
     for (;;) {
         if (is_ascii(*left) && *left == *right) {

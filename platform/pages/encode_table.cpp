@@ -110,7 +110,7 @@ std::size_t entry_bytes(std::uint32_t entry) {
     return 1u + (entry > 0xFF) + (entry > 0xFFFF) + (entry > 0xFFFFFF);
 }
 
-/// The same where there are no more than two.
+/// Counts the bytes of an entry that has at most two.
 std::size_t short_entry_bytes(std::uint32_t entry) {
     return 1u + (entry > 0xFF);
 }

@@ -37,7 +37,7 @@ Step read_long_step(const char* p, const char* last) {
     return {code, length, true};
 }
 
-/// The same for any character.
+/// Reads any character like that.
 inline Step read_step(const char* p, const char* last) {
     const auto lead = static_cast<unsigned char>(*p);
     if (lead < 0x80) {
@@ -98,7 +98,7 @@ struct Halves {
     std::uint64_t high;
 };
 
-/// The same for the first block of a text.
+/// Makes the window of the first block of a text, in front of which stand NULs.
 Window first_window(const char* p) {
     const Bytes byte = load_lanes(p);
     const auto halves = std::bit_cast<Halves>(byte);
@@ -230,7 +230,7 @@ Wide short_units(Bytes byte, Bytes next) {
     return interleave(select(isLead, low, byte), shift_right(byte, 2, 0x07) & isLead);
 }
 
-/// The same for sequences of up to three bytes.
+/// Gives those of sequences of up to three bytes.
 Wide units(Bytes byte, Bytes next, Bytes third) {
     const auto isLead = reinterpret_cast<Bytes>(reinterpret_cast<SignedBytes>(byte) < 0);
     const auto isThree = reinterpret_cast<Bytes>(above(byte, 0xDF));

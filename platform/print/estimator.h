@@ -25,7 +25,7 @@ public:
         AddPlainText(text != nullptr ? length_of(text) : kNullText.size());
     }
 
-    /// Of a plain text that is measured already.
+    /// Adds a plain text that is measured already.
     void AddPlainText(std::size_t length) {
         allowance_ += static_cast<long long>(std::max<std::size_t>(length, 1));
     }

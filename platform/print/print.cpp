@@ -42,7 +42,7 @@ public:
         PutPlainText(text, text != nullptr ? length_of(text) : kNullText.size());
     }
 
-    /// Of a plain text that is measured already.
+    /// Prints a plain text that is measured already.
     void PutPlainText(const Unit* text, std::size_t length) {
         if (text != nullptr) {
             sink_.Put(text, length);
@@ -76,7 +76,7 @@ public:
 
     int Finish() { return sink_.Finish(); }
 
-    /// Of the first NUL, which only a character can be, or of the end.
+    /// Where the text ends: at its first NUL, which only a character can be, if it has one.
     int Ending() const { return ending_ >= 0 ? ending_ : sink_.Length(); }
 
 private:

@@ -22,7 +22,7 @@ namespace {
 // What one unit of the other width can become, in the code page of any locale.
 constexpr std::size_t kMostPerUnit = 4;
 
-// Of plain units at a time.
+// So many plain units are converted at a time.
 constexpr std::size_t kRun = 64;
 
 template <class Unit>
@@ -45,7 +45,7 @@ std::size_t put_all(Sink<Unit>& sink, const CodePage& page, const Other* text, s
     return length;
 }
 
-/// The same for part of a text, to a buffer with room for all that it can become.
+/// Converts part of a text to a buffer with room for all that it can become.
 template <class Unit, class Other>
 std::size_t convert(const CodePage& page, const Other* text, std::size_t count, Unit* destination) {
     const ConversionTo<Unit> conversion(&page, text, static_cast<int>(count));

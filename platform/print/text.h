@@ -13,7 +13,7 @@ template <class Unit, class Other>
 std::size_t put_converted(Sink<Unit>& sink, const CodePage& own, const Other* text,
                           std::size_t limit);
 
-/// The same for a single unit, which may be NUL.
+/// Does that for a single unit, which may be NUL.
 template <class Unit, class Other>
 std::size_t put_converted_unit(Sink<Unit>& sink, const CodePage& own, Other unit);
 

@@ -172,7 +172,7 @@ private:
     Way way_ = Way::TwoUnits;
     std::ptrdiff_t met_ = 0;  // blocks with the first unit
 
-    // Of the linear way.
+    // The linear way needs these.
     CriticalCut cut_{};
     std::size_t known_ = 0;  // units at `next_` known to fit
 };

@@ -48,7 +48,7 @@ const char* look_up(const char* p, const char* last, const bool* members, bool w
     return p;
 }
 
-// Of a text of 16 bytes or more.
+// The text has 16 bytes or more.
 const char* find_in_blocks(const ByteRanges& ranges, const char* p, const char* last, bool wanted) {
     const std::uint64_t others = wanted ? 0 : ~std::uint64_t{0};
     for (; last - p >= kWide; p += kWide) {
@@ -68,7 +68,7 @@ const char* find_in_blocks(const ByteRanges& ranges, const char* p, const char* 
     return last;
 }
 
-// Of a text that its two ends of a word each cover.
+// The two words at the ends cover the text.
 template <class Word>
 const char* find_in_ends(const char* first, const char* last, const char* set, std::size_t count,
                          bool wanted) {

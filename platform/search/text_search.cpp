@@ -170,7 +170,7 @@ const Unit* find_text(const Unit* first, const Unit* last, const Unit* text,
                : find_with_care(first, last, text, count);
 }
 
-// Of a text that is compared in a step, so that nothing can mislead.
+// The search text is compared in one step, so that nothing can mislead.
 template <class Unit>
 std::size_t count_short_text(const Unit* first, const Unit* end, const Unit* text,
                              std::size_t count) {

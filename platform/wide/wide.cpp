@@ -61,8 +61,8 @@ std::ptrdiff_t end_in_blocks(const char16_t* left, const char16_t* right, std::p
     return at;
 }
 
-// The same by as many blocks as the pages hold. In front of the end of a page, a block begins among
-// the units that are known to be equal, of which there is a block.
+// Finds that in as many blocks as the pages hold. In front of the end of a page, a block begins
+// among the units that are known to be equal, of which there is a block.
 bool ends_in_pages(const char16_t* left, const char16_t* right, std::ptrdiff_t& at) {
     const std::ptrdiff_t units = units_in_pages(left + at, right + at);
     at -= std::max<std::ptrdiff_t>(kBlockUnits - units, 0);
