@@ -1,9 +1,11 @@
 #pragma once
 
+#include <cstring>
 #include <functional>
 #include <string_view>
 #include <vector>
 
+#include "guarded.h"
 #include "model.h"
 #include "open.h"
 
@@ -18,11 +20,6 @@ enum class Leaves { Never, Text, TextOrEmpty, TextOfSteps };
 template <class Unit>
 struct Arguments {
     static constexpr Unit kLiteral[] = {'<', '>', 0};
-    static constexpr Unit kInt[] = {'%', 'd', 0};
-    static constexpr Unit kText[] = {'%', 's', 0};
-    static constexpr Unit kCharacter[] = {'%', 'c', 0};
-    static constexpr Unit kWideDouble[] = {'%', '4', '0', '0', 'f', 0};
-
     Unit ch;
     Unit ch2;
     int n;          // any
@@ -38,6 +35,12 @@ struct Arguments {
     unsigned int nPage;
     double d;
     bool bEnds;  // whether replacing f by g without case comes to an end
+
+    /// A format at one end of its pages.
+    const Unit* Pattern(const char* pchFormat) const {
+        static GuardedPages<Unit> pages;
+        return pages.At(nRoom % 2 == 0, {pchFormat, pchFormat + std::strlen(pchFormat)});
+    }
 };
 
 /// The target, another value or the same, the place of a result, and a narrow value.
@@ -222,24 +225,24 @@ std::vector<Row<Text>> common_rows() {
         {"Format(C const*, ...)", text,
          [](auto& s) {
              s.nCount < 0        ? s.t.Format(s.kLiteral)
-             : s.nCount % 4 == 0 ? s.t.Format(s.kInt, s.n)
-             : s.nCount % 4 == 1 ? s.t.Format(s.kText, s.g)
-             : s.nCount % 4 == 2 ? s.t.Format(s.kCharacter, s.nRoom % 128)
-                                 : s.t.Format(s.kWideDouble, s.d);
+             : s.nCount % 4 == 0 ? s.t.Format(s.Pattern("%d"), s.n)
+             : s.nCount % 4 == 1 ? s.t.Format(s.Pattern("%s"), s.g)
+             : s.nCount % 4 == 2 ? s.t.Format(s.Pattern("%c"), s.nRoom % 128)
+                                 : s.t.Format(s.Pattern("%400f"), s.d);
          }},
         {"AppendFormat(C const*, ...)", text,
          [](auto& s) {
-             s.nCount % 4 == 0   ? s.t.AppendFormat(s.kInt, s.n)
-             : s.nCount % 4 == 1 ? s.t.AppendFormat(s.kText, s.g)
-             : s.nCount % 4 == 2 ? s.t.AppendFormat(s.kCharacter, s.nRoom % 128)
-                                 : s.t.AppendFormat(s.kWideDouble, s.d);
+             s.nCount % 4 == 0   ? s.t.AppendFormat(s.Pattern("%d"), s.n)
+             : s.nCount % 4 == 1 ? s.t.AppendFormat(s.Pattern("%s"), s.g)
+             : s.nCount % 4 == 2 ? s.t.AppendFormat(s.Pattern("%c"), s.nRoom % 128)
+                                 : s.t.AppendFormat(s.Pattern("%400f"), s.d);
          }},
         {"FromFormat(C const*, ...)", text,
          [](auto& s) {
-             return s.nCount % 4 == 0   ? s.t.FromFormat(s.kInt, s.n)
-                    : s.nCount % 4 == 1 ? s.t.FromFormat(s.kText, s.g)
-                    : s.nCount % 4 == 2 ? s.t.FromFormat(s.kCharacter, s.nRoom % 3)
-                                        : s.t.FromFormat(s.kWideDouble, s.d);
+             return s.nCount % 4 == 0   ? s.t.FromFormat(s.Pattern("%d"), s.n)
+                    : s.nCount % 4 == 1 ? s.t.FromFormat(s.Pattern("%s"), s.g)
+                    : s.nCount % 4 == 2 ? s.t.FromFormat(s.Pattern("%c"), s.nRoom % 3)
+                                        : s.t.FromFormat(s.Pattern("%400f"), s.d);
          }},
         {"Bool()", never, [](auto& s) { return s.t.Bool(); }},
         {"Int()", never, [](auto& s) { return s.t.Int(); }},
@@ -301,7 +304,9 @@ inline std::vector<Row<Kelm>> own_rows(const Kelm*) {
         {"operator--(int)", text, [](auto& s) { return s.t--; }},
         {"ReplaceTabs(int)", text, [](auto& s) { return s.t.ReplaceTabs(s.nCount); }},
         {"FormatMsg(unsigned int, C const*, ...)", Leaves::TextOfSteps,
-         [](auto& s) { s.t.FormatMsg(static_cast<unsigned int>(s.nRoom) + 1, "%d", s.n); }},
+         [](auto& s) {
+             s.t.FormatMsg(static_cast<unsigned int>(s.nRoom) + 1, s.Pattern("%d"), s.n);
+         }},
         {"int T::To<int>()", never, [](auto& s) { return s.t.template To<int>(); }},
         {"unsigned int T::To<unsigned int>()", never,
          [](auto& s) { return s.t.template To<unsigned int>(); }},

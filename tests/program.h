@@ -167,8 +167,8 @@ private:
         arguments.nCount = static_cast<int>(in_.Below(24)) - 3;
         arguments.nRoom = static_cast<int>(in_.Below(60));
         arguments.nIndex = static_cast<int>(in_.Below(text.size() + 1));
-        arguments.f = atF_.AtEnd(f);
-        arguments.g = atG_.AtEnd(g);
+        arguments.f = atF_.At(kinds / 2 % 2 == 0, f);
+        arguments.g = atG_.At(kinds / 4 % 2 == 0, g);
         arguments.fOrNull = kinds % 16 == 0 ? nullptr : arguments.f;
         arguments.gOrNull = kinds / 16 == 0 ? nullptr : arguments.g;
         arguments.narrow = kinds == 255 ? nullptr : narrow.c_str();

@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "guarded.h"
 #include "search/folded_search.h"
 #include "search/member_scan.h"
 #include "search/text_search.h"
@@ -15,22 +15,25 @@
 
 namespace {
 
-// A text in a block of exactly its size, so that a sanitizer sees every unit read beyond it.
-template <class Unit>
+// A text at one end of its pages, next to one that cannot be read.
+template <class Unit, int kNumber = 0>
 class Exact {
 public:
-    explicit Exact(const std::basic_string<Unit>& text)
-        : block_(new Unit[text.size()]), size_(text.size()) {
-        std::copy(text.begin(), text.end(), block_.get());
-    }
-    Unit* First() const { return block_.get(); }
-    Unit* Last() const { return block_.get() + size_; }
+    Exact(const std::basic_string<Unit>& text, bool bEnd)
+        : first_(Pages().Put(text.data(), text.size(), bEnd)), size_(text.size()) {}
+    Unit* First() const { return first_; }
+    Unit* Last() const { return first_ + size_; }
     std::basic_string<Unit> Until(const Unit* end) const {
         return {static_cast<const Unit*>(First()), end};
     }
 
 private:
-    std::unique_ptr<Unit[]> block_;
+    static GuardedPages<Unit>& Pages() {
+        static GuardedPages<Unit> pages(100000);
+        return pages;
+    }
+
+    Unit* first_;
     std::size_t size_;
 };
 
@@ -42,7 +45,11 @@ protected:
     static Text Wide(const std::string& text) { return {text.begin(), text.end()}; }
 
     static void ExpectUnits(const Text& text, Unit unit) {
-        const Exact<Unit> exact(text);
+        ExpectUnits(text, unit, false);
+        ExpectUnits(text, unit, true);
+    }
+    static void ExpectUnits(const Text& text, Unit unit, bool bEnd) {
+        const Exact<Unit> exact(text, bEnd);
         const auto hits = std::count(text.begin(), text.end(), unit);
         const Unit* first = exact.First();
         const Unit* last = exact.Last();
@@ -56,7 +63,7 @@ protected:
         Text replaced = text;
         const Unit other = static_cast<Unit>(unit ^ 0x81);
         std::replace(replaced.begin(), replaced.end(), unit, other);
-        const Exact<Unit> target(text);
+        const Exact<Unit, 1> target(text, bEnd);
         EXPECT_EQ(platform::replace_unit(target.First(), target.Last(), unit, other),
                   static_cast<std::size_t>(hits));
         EXPECT_EQ(target.Until(target.Last()), replaced);
@@ -68,8 +75,12 @@ protected:
 
     // The first place and all places, overlapping ones too.
     static void ExpectPlaces(const Text& text, const Text& wanted) {
-        const Exact<Unit> exact(text);
-        const Exact<Unit> pattern(wanted);
+        ExpectPlaces(text, wanted, false);
+        ExpectPlaces(text, wanted, true);
+    }
+    static void ExpectPlaces(const Text& text, const Text& wanted, bool bEnd) {
+        const Exact<Unit> exact(text, bEnd);
+        const Exact<Unit, 1> pattern(wanted, bEnd);
         const auto position = [&](const Unit* hit) {
             return hit == nullptr ? Text::npos : static_cast<std::size_t>(hit - exact.First());
         };
@@ -215,11 +226,13 @@ TEST(FindMemberTest, LikeALookUp) {
                         text.back() = wanted ? '#' : set[random() % set.size()];
                     }
                 }
-                const Exact<char> exact(text);
-                EXPECT_EQ(platform::find_member(exact.First(), exact.Last(), members, wanted) -
-                              exact.First(),
-                          std::find_if(text.begin(), text.end(), fits) - text.begin())
-                    << set << ' ' << length;
+                for (const bool bEnd : {false, true}) {
+                    const Exact<char> exact(text, bEnd);
+                    EXPECT_EQ(platform::find_member(exact.First(), exact.Last(), members, wanted) -
+                                  exact.First(),
+                              std::find_if(text.begin(), text.end(), fits) - text.begin())
+                        << set << ' ' << length;
+                }
             }
         }
     }
