@@ -15,7 +15,6 @@
 #include "multibyte/characters.h"
 #include "multibyte/single_bytes.h"
 #include "oracle.h"
-#include "texts.h"
 
 namespace {
 
@@ -87,25 +86,6 @@ TEST(Multibyte, FoldsEveryCharacterOfTheLocale) {
         platform::_mbslwr(page(), lower.data());
         EXPECT_TRUE(upper == oracle::folded(all, oracle::kUpper)) << name;
         EXPECT_TRUE(lower == oracle::folded(all, oracle::kLower)) << name;
-    }
-}
-
-TEST(Multibyte, OrdersAllPairsOfShortTexts) {
-    const auto texts = all_texts<char>("abAB\x81\x82\xC3\xA9", 2);
-    for (const char* name :
-         {"C", "de_DE.ISO-8859-1", "ja_JP.SHIFT_JIS", "ja_JP.EUC-JP", "zh_CN.GB18030"}) {
-        const LocaleScope locale(name);
-        for (const std::string& a : texts) {
-            for (const std::string& b : texts) {
-                ASSERT_EQ(oracle::sign(platform::_mbscmp(page(), a.c_str(), b.c_str())),
-                          oracle::order(a, b))
-                    << name << ' ' << a << ' ' << b;
-                ASSERT_EQ(oracle::sign(platform::_mbsicmp(page(), a.c_str(), b.c_str())),
-                          oracle::order(oracle::folded(a, oracle::kLower),
-                                        oracle::folded(b, oracle::kLower)))
-                    << name << ' ' << a << ' ' << b;
-            }
-        }
     }
 }
 
