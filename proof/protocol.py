@@ -414,7 +414,7 @@ class Protocol:
         }
         init(text);
         if (source != nil_text<Unit>()) {
-            assign_copy<Unit>(text, refs(block) < 0 ? length_of(source) : length(source), source);
+            assign_copy<Unit>(text, copied_length(source), source);
         }
         """
         block = source.block
