@@ -438,8 +438,8 @@ public:
         }
         oracle::Iconv iconv("UTF-16LE", name.c_str());
         return oracle::decode(
-            iconv, [&](char byte) { return oracle::is_lead(oracle::lead_ranges(name), byte); },
-            [](std::string_view, bool) { return std::pair(u'\0', std::size_t{0}); }, bytes);
+            iconv, name == "GBK" ? 936 : 0,
+            [&](char byte) { return oracle::is_lead(oracle::lead_ranges(name), byte); }, bytes);
     }
     static std::string Encoded(const std::u16string& text, unsigned int nPage) {
         const std::string name = Converter(nPage);
@@ -447,7 +447,7 @@ public:
             return name.empty() ? "" : oracle::encode_utf8(text);
         }
         oracle::Iconv iconv(name.c_str(), "UTF-16LE");
-        return oracle::encode(iconv, text);
+        return oracle::encode(iconv, name == "GBK" ? 936 : 0, text);
     }
     static Model Made(const String& text, int nCapacity = 0) {
         Model result;

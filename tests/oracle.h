@@ -12,6 +12,7 @@
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -279,6 +280,13 @@ std::string printed(const char* format, Values... values) {
     return text;
 }
 
+template <class... Values>
+std::u16string printed(const wchar_t* format, Values... values) {
+    std::wstring text(0x4000, L'\0');
+    const int length = std::swprintf(text.data(), text.size(), format, values...);
+    return {text.begin(), text.begin() + std::max(length, 0)};
+}
+
 /// One conversion of the C library, of each text on its own.
 class Iconv {
 public:
@@ -366,11 +374,72 @@ inline std::string encode_utf8(std::u16string_view text) {
     return bytes;
 }
 
+/// Rows of characters of the users' own, by page and lead byte.
+struct Area {
+    unsigned int page;
+    int firstLead;
+    int lastLead;
+    int unit;
+    int perRow;
+};
+
+inline constexpr Area kUsersAreas[] = {
+    {936, 0xAA, 0xAF, 0xE000, 94},  {936, 0xF8, 0xFE, 0xE234, 94},  {936, 0xA1, 0xA7, 0xE4C6, 96},
+    {949, 0xC9, 0xC9, 0xE000, 94},  {949, 0xFE, 0xFE, 0xE05E, 94},  {950, 0xFA, 0xFE, 0xE000, 157},
+    {950, 0x8E, 0xA0, 0xE311, 157}, {950, 0x81, 0x8D, 0xEEB8, 157}, {950, 0xC6, 0xC6, 0xF672, 157},
+    {950, 0xC7, 0xC8, 0xF70F, 157},
+};
+
+/// Of a trail byte in its row; -1 where it is none.
+inline int rank(const Area& area, int trail) {
+    const bool isLow = trail >= 0x40 && trail < 0x7F;
+    const bool isHigh = trail >= 0xA1 && trail < 0xFF;
+    if (area.perRow == 94 || area.firstLead == 0xC6) {
+        return isHigh ? trail - (area.perRow == 94 ? 0xA1 : 0x62) : -1;
+    }
+    if (area.perRow == 96 && trail >= 0x80 && trail <= 0xA0) {
+        return trail - 0x41;
+    }
+    return isLow ? trail - 0x40 : isHigh && area.perRow == 157 ? trail - 0x62 : -1;
+}
+
+/// What a page has and the converter's table lacks, or 0; a single byte has no lead byte, 0.
+inline char16_t own_unit(unsigned int page, int lead, int trail) {
+    const bool hasControls = page == 874 || (page >= 1250 && page <= 1258);
+    if (lead == 0) {
+        const bool isControl = hasControls && (trail & 0xE0) == 0x80;
+        return static_cast<char16_t>(page == 875 && trail == 0x6A    ? '|'
+                                     : page == 1361 && trail == 0x5C ? '\\'
+                                     : isControl                     ? trail
+                                                                     : 0);
+    }
+    for (const Area& area : kUsersAreas) {
+        const int at = rank(area, trail);
+        if (area.page == page && lead >= area.firstLead && lead <= area.lastLead && at >= 0) {
+            return static_cast<char16_t>(area.unit + area.perRow * (lead - area.firstLead) + at);
+        }
+    }
+    return 0;
+}
+
+/// The bytes of what stands beside the converter's table.
+inline const std::map<char32_t, std::string>& own_units(unsigned int page) {
+    static std::map<unsigned int, std::map<char32_t, std::string>> pages;
+    const auto [known, isNew] = pages.try_emplace(page);
+    for (int bytes = 0; isNew && bytes < 0x10000; ++bytes) {
+        const char pair[] = {static_cast<char>(bytes >> 8), static_cast<char>(bytes & 0xFF)};
+        if (const char16_t unit = own_unit(page, bytes >> 8, bytes & 0xFF)) {
+            known->second[unit] = std::string(bytes < 0x100 ? pair + 1 : pair, pair + 2);
+        }
+    }
+    return known->second;
+}
+
 /// The shortest prefix that is a character; else the bytes that began one and the next, up to the
-/// first ASCII byte, are one U+FFFD. `beside` says what stands in front of the converter's answer:
-/// it gives a unit and its number of bytes, or a 0.
-template <class IsLead, class Beside>
-std::u16string decode(Iconv& iconv, IsLead isLead, Beside beside, std::string_view bytes) {
+/// first ASCII byte, are one U+FFFD, or the first byte alone.
+template <class IsLead>
+std::u16string decode(Iconv& iconv, unsigned int page, IsLead isLead, std::string_view bytes,
+                      bool isByteByByte = false) {
     std::u16string text;
     while (!bytes.empty()) {
         std::string result;
@@ -379,31 +448,41 @@ std::u16string decode(Iconv& iconv, IsLead isLead, Beside beside, std::string_vi
         while (error == EINVAL && length < bytes.size()) {
             error = iconv.Convert(bytes.substr(0, ++length), result);
         }
-        const std::pair<char16_t, std::size_t> own = beside(bytes, error != 0);
-        if (own.first != 0) {
-            length = own.second;
+        const bool isPair = isLead(bytes[0]) && bytes.size() > 1;
+        const auto lead = static_cast<unsigned char>(isPair ? bytes[0] : '\0');
+        const auto last = static_cast<unsigned char>(bytes[isPair ? 1 : 0]);
+        const bool isOverridden = page == 1361 && bytes[0] == '\\';
+        const char16_t own = error != 0 || isOverridden ? own_unit(page, lead, last) : u'\0';
+        if (own != 0) {
+            length = isPair ? 2 : 1;
         } else if (error != 0) {
-            length = isLead(bytes[0]) ? std::min<std::size_t>(2, bytes.size()) : length;
+            length = isLead(bytes[0]) ? std::min<std::size_t>(2, bytes.size())
+                     : isByteByByte   ? 1
+                                      : length;
             const auto* ascii = std::find_if(bytes.begin() + 1, bytes.begin() + length,
                                              [](char c) { return (c & 0x80) == 0; });
             length = static_cast<std::size_t>(ascii - bytes.begin());
         }
-        text += own.first != 0 ? std::u16string(1, own.first)
-                : error == 0   ? units(result)
-                               : u"\xFFFD";
+        text += own != 0 ? std::u16string(1, own) : error == 0 ? units(result) : u"\xFFFD";
         bytes.remove_prefix(length);
     }
     return text;
 }
 
-/// Code point by code point, a question mark for what is not there.
-inline std::string encode(Iconv& iconv, std::u16string_view text) {
-    std::string bytes;
+/// Code point by code point, a question mark for what is not there. The C library drops language
+/// tags without a word.
+inline std::string encode(Iconv& iconv, unsigned int page, std::u16string_view text) {
+    const auto& own = own_units(page);
+    std::string bytes, question;
+    iconv.Convert(std::string_view("?\0", 2), question);
     for (const char32_t code : code_points(text)) {
         std::u16string one;
         append_code(one, code);
         std::string result;
-        bytes += iconv.Convert(bytes_of(one), result) == 0 ? result : "?";
+        const bool isThere = iconv.Convert(bytes_of(one), result) == 0 && !result.empty() &&
+                             (page != 1361 || code != 0x20A9);
+        const auto beside = own.find(code);
+        bytes += isThere ? result : beside != own.end() ? beside->second : question;
     }
     return bytes;
 }

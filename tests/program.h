@@ -29,6 +29,7 @@ inline const Setting kSettings[] = {
     {"de_DE.ISO-8859-1", "\xE4\xC4\xDF\xA0", u"\u00E4\u00C4\u20AC"},
     {"ja_JP.SHIFT_JIS", "\x82\x60\x81\xB1\xE0\x5C", u"\uFF41\uFF21\u3042\u3000"},
     {"ja_JP.EUC-JP", "\xA3\xC1\xE1\x8F\x8E", u"\uFF41\uFF21\u3042"},
+    {"zh_CN.GBK", "\x81\x5C\xA3\xC1\xE1", u"\uFF41\uFF21\u4E02"},
     {"zh_CN.GB18030", "\x81\x30\xA3\xC1\xE1", u"\uFF41\uFF21\u4E00"},
 };
 inline constexpr char kAscii[] = "aAzZkx{`[@_ \t\t\n,,;.0179-+fe'#\x01\x7F\0";
