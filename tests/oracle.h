@@ -291,9 +291,15 @@ std::u16string printed(const wchar_t* format, Values... values) {
 class Iconv {
 public:
     Iconv(const char* to, const char* from) : handle_(iconv_open(to, from)) {}
-    ~Iconv() { iconv_close(handle_); }
+    ~Iconv() {
+        if (IsOpen()) {
+            iconv_close(handle_);
+        }
+    }
     Iconv(const Iconv&) = delete;
     Iconv& operator=(const Iconv&) = delete;
+
+    bool IsOpen() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
 
     /// 0 or the error of converting all of it.
     int Convert(std::string_view from, std::string& to) {
