@@ -1,31 +1,109 @@
+// Walks by every sequence of steps over all small texts, held against a slow walk.
+
+#include <algorithm>
+#include <cctype>
 #include <string>
 
+#include "texts.h"
 #include "twins.h"
 
 namespace {
 
-enum class By { Word, WordNoPunctuation, Comma, Line };
+enum class By { Word, Delimiter, Line };
 
-/// The token at construction and one for each true step, each followed by a bar.
-std::string walk(const Kelm& text, By by) {
-    Kelm::Token token(text, by == By::WordNoPunctuation);
-    const auto step = [&] {
-        return by == By::Comma ? token.Next(',') : by == By::Line ? token.NextLine() : token.Next();
-    };
-    std::string tokens;
-    if (!token) {
-        EXPECT_FALSE(token.IsValid());
-        EXPECT_TRUE(token.Current().IsEmpty());
-    } else {
-        do {
-            const std::string current = whole(token.Current());
-            EXPECT_EQ(token.IsValid(), !current.empty());
-            tokens += current + '|';
-        } while (step() && tokens.size() < 99);
+/// A walk as the manual tells it, over a text without NUL.
+struct Walk {
+    const std::string& text;
+    bool skips;
+    std::size_t start = 0, end = 0, next = 0;
+    bool more = true, ended = false;
+
+    static bool IsIn(char ch, int (*test)(int)) {
+        return static_cast<unsigned char>(ch) < 0x80 && test(ch) != 0;
     }
-    EXPECT_FALSE(token);
-    EXPECT_FALSE(step());
-    return tokens;
+    static bool IsMark(char ch) { return ch != '_' && IsIn(ch, std::ispunct); }
+    bool IsValid() const { return !ended && start < end; }
+    std::string Current() const { return IsValid() ? text.substr(start, end - start) : ""; }
+    template <class Test>
+    std::size_t First(std::size_t from, Test test) const {
+        while (from < text.size() && !test(text[from])) {
+            ++from;
+        }
+        return from;
+    }
+
+    bool Step(By by, char delimiter) {
+        return by == By::Line        ? Line()
+               : by == By::Delimiter ? Token([&](char ch) { return ch == delimiter; })
+                                     : Word();
+    }
+    bool Word() {
+        while (Token(IsMark)) {
+            if (!skips || start == text.size() || !IsMark(text[start])) {
+                return true;
+            }
+        }
+        return false;
+    }
+    template <class Test>
+    bool Token(Test ends) {
+        const auto at = First(next, [](char ch) { return !IsIn(ch, std::isspace); });
+        if (ended || at == text.size()) {
+            ended = true;
+            return more = false;
+        }
+        start = at;
+        const bool isQuoted = text[at] == '"' || text[at] == '\'';
+        if (isQuoted) {
+            start = at + 1;
+            end = First(start, [&](char ch) { return ch == text[at]; });
+        } else {
+            end = First(start, [&](char ch) {
+                const bool isHigh = static_cast<unsigned char>(ch) >= 0x80 && ch != '\xFF';
+                return isHigh || IsIn(ch, std::isspace) || ends(ch);
+            });
+            end += end == start;
+        }
+        next = std::min(end + (isQuoted ? 2 : 1), text.size());
+        return true;
+    }
+    bool Line() {
+        if (!more) {
+            return false;
+        }
+        const auto isEnd = [](char ch) { return ch == '\r' || ch == '\n'; };
+        const auto begin = First(next, [&](char ch) { return !isEnd(ch); });
+        start = begin > next ? begin : start;
+        end = next = First(begin, isEnd);
+        more = end < text.size();
+        return true;
+    }
+};
+
+/// Takes each step from here and goes on from where it leads.
+void try_steps(const Kelm::Token& token, const Walk& walk, char delimiter,
+               const std::string& path) {
+    ASSERT_EQ(static_cast<bool>(token), walk.more) << path;
+    ASSERT_EQ(token.IsValid(), walk.IsValid()) << path;
+    ASSERT_EQ(whole(token.Current()), walk.Current()) << path;
+    for (const By by : {By::Word, By::Delimiter, By::Line}) {
+        Kelm::Token real = token;
+        Walk model = walk;
+        const bool isTaken = by == By::Word        ? real.Next()
+                             : by == By::Delimiter ? real.Next(delimiter)
+                                                   : real.NextLine();
+        const std::string here = path + "wdl"[static_cast<int>(by)];
+        ASSERT_EQ(isTaken, model.Step(by, delimiter)) << here;
+        if (isTaken) {
+            try_steps(real, model, delimiter, here);
+        } else {
+            ASSERT_EQ(static_cast<bool>(real), model.more) << here;
+            ASSERT_EQ(whole(real.Current()), model.Current()) << here;
+        }
+        if (testing::Test::HasFatalFailure()) {
+            return;
+        }
+    }
 }
 
 struct OpenToken : Kelm::Token {
@@ -46,59 +124,25 @@ TEST(Token, LooksForABlackByteAndForAGivenOne) {
     EXPECT_EQ(token.FindChar(1, 'a'), -1);
 }
 
-TEST(Token, Walks) {
-    const struct {
-        const char* text;
-        By by;
-        const char* tokens;
-    } walks[] = {
-        {"", By::Word, ""},
-        {"   ", By::Line, ""},
-        {"abc def", By::Word, "abc|def|"},
-        {"abc,def", By::Word, "abc|def|"},
-        {"abc, def", By::Word, "abc|def|"},
-        {",abc", By::Word, ",|bc|"},
-        {"a,,b", By::Word, "a|,|"},
-        {"(a+b)", By::Word, "(|+|)|"},
-        {"(a+b)", By::WordNoPunctuation, ""},
-        {"a, b", By::WordNoPunctuation, "a|b|"},
-        {"x , y z", By::WordNoPunctuation, "x|y|z|"},
-        {"_x y_z", By::Word, "_x|y_z|"},
-        {"don't", By::Word, "don|t|"},
-        {"a 'b c' d", By::Word, "a|b c|d|"},
-        {"a \"b'c\" d", By::Word, "a|b'c|d|"},
-        {"'abc'x y", By::Word, "abc|y|"},
-        {"'abc'", By::Word, "abc|"},
-        {"'it''s'", By::Word, "it|s|"},
-        {"''", By::Word, "|"},
-        {"'ab", By::Word, "ab|"},
-        {"a '", By::Word, "a||"},
-        {"',' a", By::WordNoPunctuation, "a|"},
-        {"a,b c", By::Comma, "a|b|c|"},
-        {"a-b,c", By::Comma, "a|b|c|"},
-        {"a,'b,c',d", By::Comma, "a|b,c|d|"},
-        {"a,b-c_d,e", By::Comma, "a|b-c_d|e|"},
-        {"a,,b", By::Comma, "a|,|"},
-        {"a,,,b", By::Comma, "a|,|b|"},
-        {",a", By::Comma, ",|"},
-        {"h\xE9llo", By::Word, "h|llo|"},
-        {"\x81\x40\x81\x41", By::Word, "\x81|\x81|"},
-        {"x\xFFy z", By::Word, "x\xFFy|z|"},
-        {"first line\nsecond", By::Line, "first|first line|second|"},
-        {"a\r\n\r\nb c", By::Line, "a|b c|"},
-        {"a\nb\nc", By::Line, "a|a\nb|c|"},
-        {"a\n", By::Line, "a|a\n|"},
-        {"one two\n", By::Line, "one|one two||"},
-        {"\n\nabc\n", By::Line, "abc|abc\n|"},
-    };
-    for (const auto& expected : walks) {
-        EXPECT_EQ(walk(Kelm(expected.text), expected.by), expected.tokens) << expected.text;
+TEST(Token, WalksByEverySequenceOfSteps) {
+    const std::string kLetters[] = {"a,'",  "a \n",        "\"' ",   "_+a", "\xFF\x81.",
+                                    "a'\"", {"\r\n\0", 3}, "a,\x81", "'\n,"};
+    for (const std::string& letters : kLetters) {
+        for (const std::string& units : all_texts(letters, 6)) {
+            const Kelm text = from<Kelm>(units);
+            const std::string front = units.c_str();
+            for (const bool skips : {false, true}) {
+                Walk walk{front, skips};
+                walk.Step(By::Word, 0);
+                try_steps(Kelm::Token(text, skips), walk, letters[1], front + ' ');
+                ASSERT_FALSE(HasFatalFailure()) << skips;
+            }
+        }
     }
 }
 
-TEST(Token, EndsAtTheFirstNulAndStartsAgain) {
+TEST(Token, StartsAgain) {
     Kelm text("a b\0c", 5);
-    EXPECT_EQ(walk(text, By::Word), "a|b|");
     Kelm::Token token(text);
     EXPECT_FALSE(token.SkipPunctuation(true));
     EXPECT_TRUE(token.SkipPunctuation(false));
@@ -114,4 +158,7 @@ TEST(Token, EndsAtTheFirstNulAndStartsAgain) {
     EXPECT_TRUE(token);
     EXPECT_FALSE(token.IsValid());
     EXPECT_TRUE(token.Current().IsEmpty());
+    // The length of the text is known from its start alone.
+    EXPECT_TRUE(token.Next());
+    EXPECT_STREQ(token(), "ne");
 }
