@@ -88,6 +88,9 @@ TEST(BlindRemoval, FoldsThatJoinCharacters) {
     text = "o\xA4\xFEo\xA4";
     EXPECT_EQ(text.NCRemove("o\xA4"), 1);
     EXPECT_STREQ(text, "\xFEo\xA4");
+    text = "\x8Ei\x8E";
+    EXPECT_EQ(text.NCRemove('\x8E'), 1);
+    EXPECT_STREQ(text, "\x8Ei");
 }
 
 template <class TypeParam>
