@@ -402,6 +402,12 @@ class Protocol:
         yield ("put", block, length, units)
         yield ("set_length", block, length + len(units))
 
+    @quoted(STORAGE, "int copied_length(Unit* text)")
+    def copied_length(self, text):
+        """return refs(header_of(text)) < 0 ? length_of(text) : length(text);"""
+        yield from self.refs(text.block)
+        return (yield ("read", text.block, "length"))
+
     @quoted(STORAGE, "void copy_construct(Unit*& text, Unit* source)")
     def copy_construct(self, text, source):
         """
@@ -425,8 +431,7 @@ class Protocol:
             return
         text.block = NIL
         if block != NIL:
-            yield from self.refs(block)
-            yield from self.assign_copy(text, (yield ("read", block, "length")), block)
+            yield from self.assign_copy(text, (yield from self.copied_length(source)), block)
 
     @quoted(STORAGE, "void assign(Unit*& text, Unit* source)")
     def assign(self, text, source):
