@@ -79,7 +79,9 @@ void perform(AnyStep& step, Operation operation) {
     if constexpr (std::is_void_v<Result>) {
         operation(step);
     } else if constexpr (std::is_arithmetic_v<Result>) {
-        step.result = static_cast<long double>(operation(step));
+        // Kept in memory: some processors hand over more bits than the type has.
+        const volatile Result result = operation(step);
+        step.result = static_cast<long double>(result);
     } else if constexpr (std::is_same_v<Result, typename AnyStep::Plain>) {
         static_cast<Result&>(step.r) = operation(step);
     } else {
