@@ -316,10 +316,11 @@ double _wtof(const char16_t* text) noexcept {
 }
 
 char16_t wide_decimal_point() noexcept {
-    // This item is no pointer but the character itself. Its codeset need not be the text's, so the
-    // narrow one cannot be converted.
-    const auto point = static_cast<std::uint32_t>(
-        reinterpret_cast<std::uintptr_t>(nl_langinfo(_NL_NUMERIC_DECIMAL_POINT_WC)));
+    // This item is no pointer but in its first bytes the character itself. Its codeset need not be
+    // the text's, so the narrow one cannot be converted.
+    const char* const item = nl_langinfo(_NL_NUMERIC_DECIMAL_POINT_WC);
+    std::uint32_t point;
+    memcpy(&point, &item, sizeof point);
     return point != 0 && point <= 0xFFFF ? static_cast<char16_t>(point) : u'.';
 }
 

@@ -30,7 +30,9 @@ int compare(const Unit* left, int leftLength, const Unit* right, int rightLength
     if (first != second && (first | second) < (sizeof(Unit) == 1 ? 0x80 : 0x10000)) {
         return static_cast<int>(first) - static_cast<int>(second);
     }
-    if (std::min(leftLength, rightLength) < 64 / kBits) {
+    // What stands first is lowest in the word.
+    if (std::endian::native != std::endian::little ||
+        std::min(leftLength, rightLength) < 64 / kBits) {
         return whole();
     }
     std::uint64_t a, b;

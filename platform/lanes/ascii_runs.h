@@ -74,7 +74,7 @@ inline bool is_ascii_step(const char16_t* p) noexcept {
 inline std::size_t ascii_of_eight(const char* p) noexcept {
     std::uint64_t bytes;
     std::memcpy(&bytes, p, sizeof bytes);
-    const std::uint64_t others = bytes & 0x8080808080808080;
+    const std::uint64_t others = bytes_low_first(bytes) & 0x8080808080808080;
     return others == 0 ? sizeof bytes : static_cast<std::size_t>(std::countr_zero(others)) / 8;
 }
 

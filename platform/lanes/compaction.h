@@ -23,7 +23,7 @@ Unit* keep_others(const Unit* block, std::uint64_t hits, Unit* write) {
     std::memcpy(words, block, sizeof words);
     for (const std::uint64_t word : words) {
         for (std::size_t bit = 0; bit < 64; bit += kBits) {
-            *write = static_cast<Unit>(word >> bit);
+            *write = static_cast<Unit>(units_low_first<Unit>(word) >> bit);
             write += ~hits & 1;
             hits >>= sizeof(Unit);
         }

@@ -8,14 +8,12 @@
 #include <emmintrin.h>
 #endif
 
+#include "lanes/byte_order.h"
+
 /// The few steps on 16 bytes that the scanners are made of. Plain compiler vectors, so they serve
 /// every target; only the way from lanes to bits has a form of its own where one instruction does
 /// it.
 namespace platform {
-
-// Bits stand for bytes in their order, words are taken apart from the front, and the encoders write
-// sequences and entries of tables as numbers.
-static_assert(std::endian::native == std::endian::little, "the first byte is the lowest");
 
 using WordVector __attribute__((vector_size(16))) = std::uint64_t;
 
@@ -84,7 +82,7 @@ inline std::uint64_t hit_bits(Vector mask) {
     std::uint64_t words[2];
     std::memcpy(words, &mask, sizeof words);
     const auto bits = [](std::uint64_t word) {
-        return (word & 0x8040201008040201) * 0x0101010101010101 >> 56;
+        return (bytes_low_first(word) & 0x8040201008040201) * 0x0101010101010101 >> 56;
     };
     return bits(words[0]) | bits(words[1]) << 8;
 #endif
@@ -136,7 +134,7 @@ inline WordVector load_ends(const char* front, const char* back) {
     if constexpr (sizeof(Word) == sizeof(std::uint64_t)) {
         return WordVector{low, high};
     } else {
-        return WordVector{low | high << 32, 0};
+        return WordVector{kLowFirst ? low | high << 32 : low << 32 | high, 0};
     }
 }
 

@@ -37,7 +37,7 @@ std::uint32_t ask(Converter& converter, char32_t code, std::uint32_t otherwise) 
     }
     std::uint32_t entry = 0;
     std::memcpy(&entry, answer.units, answer.count);
-    return entry;
+    return bytes_low_first(entry);
 }
 
 void add_block(EncodeTable& table, const std::uint32_t* block) {
@@ -161,8 +161,8 @@ std::uint32_t entry_above_bmp(const EncodeTable& table, char32_t code) {
             return table.astral[i];
         }
     }
-    return table.hasFours ? std::bit_cast<std::uint32_t>(
-                                gb18030::four_at(gb18030::kAstralStart + (code - 0x10000)))
+    return table.hasFours ? bytes_low_first(std::bit_cast<std::uint32_t>(
+                                gb18030::four_at(gb18030::kAstralStart + (code - 0x10000))))
                           : table.replacement;
 }
 
@@ -181,10 +181,11 @@ Step read_step(const EncodeTable& table, const char16_t* p, const char16_t* last
 
 char* put_entry(std::uint32_t entry, char* out, const char* limit) {
     const std::size_t bytes = entry_bytes(entry);
-    if (limit - out >= static_cast<std::ptrdiff_t>(sizeof entry)) {
-        std::memcpy(out, &entry, sizeof entry);
+    const std::uint32_t sequence = bytes_low_first(entry);
+    if (limit - out >= static_cast<std::ptrdiff_t>(sizeof sequence)) {
+        std::memcpy(out, &sequence, sizeof sequence);
     } else {
-        std::memcpy(out, &entry, bytes);
+        std::memcpy(out, &sequence, bytes);
     }
     return out + bytes;
 }
@@ -198,12 +199,14 @@ bool has_surrogate_in_step(const char16_t* p) {
 char* encode_step(const EncodeTable& table, const char16_t* p, char* out) {
     for (std::size_t i = 0; table.isDouble && i < kAsciiStep; ++i) {
         const auto entry = entry_of(table, p[i]);
-        std::memcpy(out, &entry, 2);
+        const std::uint32_t sequence = bytes_low_first(entry);
+        std::memcpy(out, &sequence, 2);
         out += short_entry_bytes(entry);
     }
     for (std::size_t i = 0; !table.isDouble && i < kAsciiStep; ++i) {
         const std::uint32_t entry = entry_of(table, p[i]);
-        std::memcpy(out, &entry, sizeof entry);
+        const std::uint32_t sequence = bytes_low_first(entry);
+        std::memcpy(out, &sequence, sizeof sequence);
         out += entry_bytes(entry);
     }
     return out;

@@ -102,9 +102,12 @@ struct Halves {
 Window first_window(const char* p) {
     const Bytes byte = load_lanes(p);
     const auto halves = std::bit_cast<Halves>(byte);
-    const auto moved = [&](int bits) {
+    const std::uint64_t low = bytes_low_first(halves.low);
+    const std::uint64_t high = bytes_low_first(halves.high);
+    const auto moved = [=](int bits) {
         return std::bit_cast<Bytes>(
-            Halves{halves.low << bits, halves.high << bits | halves.low >> (64 - bits)});
+            Halves{bytes_low_first(low << bits),
+                   bytes_low_first(high << bits | low >> (64 - bits))});
     };
     return {byte, moved(8), moved(16), moved(24)};
 }
@@ -361,7 +364,7 @@ Stop decode_steps(const char* p, const char* end, const char* last, char16_t* ou
 /// Bytes that are done one by one where a lead of four shows up: there may be more of them.
 constexpr std::ptrdiff_t kFourStretch = 4 * kBlock;
 
-/// A well-formed segment into room that ends at `limit`.
+/// A well-formed segment into room that ends at `limit`. The lanes make units low byte first.
 char16_t* decode_well_formed(const char* p, const char* last, char16_t* out,
                              const char16_t* limit) {
     constexpr std::ptrdiff_t kReach = kBlock + 3;
@@ -371,14 +374,14 @@ char16_t* decode_well_formed(const char* p, const char* last, char16_t* out,
             transfer_step(p, out);
             p += kBlock;
             out += kBlock;
-        } else if (hit_bits(above(block, 0xDF)) == 0) {
+        } else if (kLowFirst && hit_bits(above(block, 0xDF)) == 0) {
             out = put_starting(block, short_units(block, load_lanes(p + 1)), out);
             p += kBlock;
             p += is_utf8_continuation(*p);
-        } else if (decode_four_threes(p, out)) {
+        } else if (kLowFirst && decode_four_threes(p, out)) {
             p += 12;
             out += 4;
-        } else if (hit_bits(above(block, 0xEF)) == 0) {
+        } else if (kLowFirst && hit_bits(above(block, 0xEF)) == 0) {
             out = put_starting(block, units(block, load_lanes(p + 1), load_lanes(p + 2)), out);
             p += kBlock;
             p += is_utf8_continuation(*p);

@@ -223,10 +223,10 @@ void utf8_encode(const char16_t* source, std::size_t length, char* destination,
             transfer_step(p, out);
             p += 2 * kBlock;
             out += 2 * kBlock;
-        } else if (upper == 0) {
+        } else if (kLowFirst && upper == 0) {
             out = encode_block_of_twos(units, out);
             p += kBlock;
-        } else if (hit_bits(are_surrogates(units)) != 0) {
+        } else if (!kLowFirst || hit_bits(are_surrogates(units)) != 0) {
             const char16_t* end = p + std::min(kSurrogateStretch, last - p);
             const Stop stop = encode_steps(p, end, last, out);
             p = stop.p;

@@ -81,7 +81,7 @@ std::size_t lane_sum(Vector lanes) {
     std::memcpy(words, &lanes, sizeof words);
     const std::uint64_t sums = (words[0] & kEven) + (words[0] >> kBits & kEven) +
                                (words[1] & kEven) + (words[1] >> kBits & kEven);
-    return sums * kOnes >> (64 - 2 * kBits);
+    return static_cast<std::size_t>(sums * kOnes >> (64 - 2 * kBits));
 }
 
 }  // namespace
