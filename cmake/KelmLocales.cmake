@@ -6,7 +6,8 @@ set(kelm_locale_stamps)
 function(kelm_add_locale name source charmap)
     set(locale ${KELM_LOCALE_DIR}/${name})
     add_custom_command(OUTPUT ${locale}.stamp VERBATIM
-        COMMAND ${PROJECT_SOURCE_DIR}/cmake/make_locale.sh ${locale} ${source} ${charmap})
+        COMMAND ${PROJECT_SOURCE_DIR}/cmake/make_locale.sh ${locale} ${source} ${charmap}
+            ${CMAKE_CXX_BYTE_ORDER})
     list(APPEND kelm_locale_stamps ${locale}.stamp)
     set(kelm_locale_stamps ${kelm_locale_stamps} PARENT_SCOPE)
 endfunction()

@@ -20,7 +20,7 @@ void Check(const fuzz::Page& page, const std::u16string& text) {
     fuzz::Require(narrow.IsEmpty() == text.empty());
 
     const std::string bytes(narrow.constBuffer(), static_cast<std::size_t>(narrow.GetLength()));
-    const auto wanted = fuzz::Convert(page.converter, "UTF-16LE", oracle::bytes_of(text));
+    const auto wanted = fuzz::Convert(page.converter, oracle::kUtf16, oracle::bytes_of(text));
     // There the library has a backslash and the C library a won sign.
     const bool isCorrected = page.number == 1361 && text.find(u'\u20A9') != std::u16string::npos;
     fuzz::Require(!wanted || HasTags(text) || isCorrected || bytes == *wanted);

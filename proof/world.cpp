@@ -157,7 +157,7 @@ std::string ConverterOf(unsigned int number) {
         return "ISO-8859-" + std::to_string(number - 28590);
     }
     const std::string digits = oracle::printed("%03u", number > 20000 ? number - 20000 : number);
-    return Iconv("UTF-16LE", ("IBM" + digits).c_str()).IsOpen() ? "IBM" + digits : "CP" + digits;
+    return Iconv(oracle::kUtf16, ("IBM" + digits).c_str()).IsOpen() ? "IBM" + digits : "CP" + digits;
 }
 
 /// One page, in the locale that is set where it has no number.
@@ -165,8 +165,8 @@ class Page {
 public:
     explicit Page(const CodePage& page)
         : page_(page),
-          decoder_("UTF-16LE", ConverterOf(page.number).c_str()),
-          encoder_(ConverterOf(page.number).c_str(), "UTF-16LE") {}
+          decoder_(oracle::kUtf16, ConverterOf(page.number).c_str()),
+          encoder_(ConverterOf(page.number).c_str(), oracle::kUtf16) {}
 
     void Try(std::size_t share) {
         const bool isSingle = page_.grouping == Grouping::SingleByte;

@@ -436,7 +436,7 @@ public:
         if (name.empty() || name == "UTF-8") {
             return name.empty() ? u"" : oracle::decode_utf8(bytes);
         }
-        oracle::Iconv iconv("UTF-16LE", name.c_str());
+        oracle::Iconv iconv(oracle::kUtf16, name.c_str());
         return oracle::decode(
             iconv, name == "GBK" ? 936 : 0,
             [&](char byte) { return oracle::is_lead(oracle::lead_ranges(name), byte); }, bytes);
@@ -446,7 +446,7 @@ public:
         if (name.empty() || name == "UTF-8") {
             return name.empty() ? "" : oracle::encode_utf8(text);
         }
-        oracle::Iconv iconv(name.c_str(), "UTF-16LE");
+        oracle::Iconv iconv(name.c_str(), oracle::kUtf16);
         return oracle::encode(iconv, name == "GBK" ? 936 : 0, text);
     }
     static Model Made(const String& text, int nCapacity = 0) {

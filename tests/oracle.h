@@ -4,6 +4,7 @@
 #include <langinfo.h>
 
 #include <algorithm>
+#include <bit>
 #include <cctype>
 #include <climits>
 #include <cstdint>
@@ -202,7 +203,12 @@ template <class Unit>
 int order(const std::basic_string<Unit>& left, const std::basic_string<Unit>& right) {
     const auto l = codes(left);
     const auto r = codes(right);
-    return (l > r) - (l < r);
+    // g++ 12 compares vectors of words wrongly on big-endian processors.
+    const auto [p, q] = std::mismatch(l.begin(), l.end(), r.begin(), r.end());
+    if (p == l.end() || q == r.end()) {
+        return (l.size() > r.size()) - (l.size() < r.size());
+    }
+    return *p < *q ? -1 : 1;
 }
 
 /// The number of hits, which do not overlap. Every NUL ends a piece that is searched by itself.
@@ -319,6 +325,10 @@ public:
 private:
     iconv_t handle_;
 };
+
+/// 16-bit text as the processor has it, as `iconv` names it.
+inline constexpr const char* kUtf16 =
+    std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE";
 
 inline std::u16string units(const std::string& bytes) {
     std::u16string text(bytes.size() / 2, u'\0');

@@ -246,7 +246,7 @@ TEST(Pages, ShiftsBetweenStates) {
         text += i % 7 == 0 ? u"ab\x3042"s : u"\x4E00\x4E8C"s;
     }
     const std::string bytes = Encode(939, text);
-    Iconv iconv("IBM939", "UTF-16LE");
+    Iconv iconv("IBM939", oracle::kUtf16);
     std::string start;
     ASSERT_EQ(iconv.Convert({reinterpret_cast<const char*>(text.data()), 20}, start), 0);
     EXPECT_EQ(bytes.substr(0, start.size() - 1), start.substr(0, start.size() - 1));
@@ -266,7 +266,7 @@ TEST(Contract, ZeroMeansTheProcess) {
     for (const auto& [name, bytes] : cases) {
         const LocaleScope locale(name);
         std::string wanted;
-        ASSERT_EQ(Iconv("UTF-16LE", process_code_page()->converter).Convert(bytes, wanted), 0);
+        ASSERT_EQ(Iconv(oracle::kUtf16, process_code_page()->converter).Convert(bytes, wanted), 0);
         EXPECT_EQ(Decode(0, bytes), oracle::units(wanted)) << name;
         EXPECT_EQ(Encode(0, oracle::units(wanted)), bytes) << name;
     }
