@@ -27,7 +27,7 @@ inline constexpr const char* kLocales[] = {
     "zh_CN.GBK", "zh_CN.GB18030", "ja_JP.EUC-JP"};
 
 /// Who formats: the classes, and the C library in their place.
-enum User { kKelm, kWString, kNarrowC, kWideC, kUsers };
+enum User : std::size_t { kKelm, kWString, kNarrowC, kWideC, kUsers };
 
 enum class Type { Int, Int64, Double, Pointer };
 
@@ -207,7 +207,7 @@ inline void AddText(Call& call, Input& input, const Conversion& conversion, char
     const bool isByte =
         text.narrow.size() == 1 && std::btowc(static_cast<unsigned char>(text.narrow[0])) != WEOF;
     Argument argument{small == 'c' ? Type::Int : Type::Pointer};
-    for (const int user : {kKelm, kWString, kNarrowC, kWideC}) {
+    for (const User user : {kKelm, kWString, kNarrowC, kWideC}) {
         const bool isOfC = user >= kNarrowC;
         const void* const wide = isOfC ? static_cast<const void*>(text.wideC.c_str())
                                        : static_cast<const void*>(text.wide.c_str());
