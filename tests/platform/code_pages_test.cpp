@@ -2,7 +2,6 @@
 
 #include <locale.h>
 
-#include <map>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -52,31 +51,6 @@ TEST(ProcessCodePage, FollowsTheLocale) {
         EXPECT_EQ(page->grouping, c.grouping) << c.locale;
         EXPECT_STREQ(page->converter, c.converter) << c.locale;
     }
-}
-
-TEST(CodePages, HaveTheNumbersOfTheirNames) {
-    const std::map<unsigned, std::string> others = {
-        {936, "GBK"},      {950, "BIG5"},     {1361, "JOHAB"},    {10000, "MACINTOSH"},
-        {20127, "ASCII"},  {20866, "KOI8-R"}, {21866, "KOI8-U"},  {51932, "EUC-JP-MS"},
-        {51936, "EUC-CN"}, {51949, "EUC-KR"}, {54936, "GB18030"}, {65001, "UTF-8"}};
-    std::size_t count = 0;
-    for (unsigned number = 1; number < 0x10000; ++number) {
-        const CodePage* page = find_code_page(number);
-        if (page == nullptr) {
-            continue;
-        }
-        const std::string name = page->converter;
-        if (const auto other = others.find(number); other != others.end()) {
-            EXPECT_EQ(name, other->second);
-            ++count;
-            continue;
-        }
-        const unsigned long digits =
-            std::stoul(name.substr(name.find_last_not_of("0123456789") + 1));
-        const unsigned long first = name.starts_with("ISO-8859-") ? 28590 : 0;
-        EXPECT_TRUE(number == first + digits || number == 20000 + digits) << number << name;
-    }
-    EXPECT_EQ(count, others.size());
 }
 
 locale_t NewLocale(const char* name) {
