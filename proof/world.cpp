@@ -157,7 +157,8 @@ std::string ConverterOf(unsigned int number) {
         return "ISO-8859-" + std::to_string(number - 28590);
     }
     const std::string digits = oracle::printed("%03u", number > 20000 ? number - 20000 : number);
-    return Iconv(oracle::kUtf16, ("IBM" + digits).c_str()).IsOpen() ? "IBM" + digits : "CP" + digits;
+    return Iconv(oracle::kUtf16, ("IBM" + digits).c_str()).IsOpen() ? "IBM" + digits
+                                                                    : "CP" + digits;
 }
 
 /// One page, in the locale that is set where it has no number.

@@ -105,9 +105,8 @@ Window first_window(const char* p) {
     const std::uint64_t low = bytes_low_first(halves.low);
     const std::uint64_t high = bytes_low_first(halves.high);
     const auto moved = [=](int bits) {
-        return std::bit_cast<Bytes>(
-            Halves{bytes_low_first(low << bits),
-                   bytes_low_first(high << bits | low >> (64 - bits))});
+        return std::bit_cast<Bytes>(Halves{bytes_low_first(low << bits),
+                                           bytes_low_first(high << bits | low >> (64 - bits))});
     };
     return {byte, moved(8), moved(16), moved(24)};
 }
