@@ -797,10 +797,14 @@ int Kelm::Compare(const char* pchText) const noexcept {
     if (pchText == nullptr) {
         return 1;
     }
+    if (pchText == m_pchData) {
+        return 0;
+    }
     // Equal bytes are equal in every code page, so that it need not be asked for.
-    return pchText == m_pchData || std::strcmp(m_pchData, pchText) == 0
+    const int nByteOrder = std::strcmp(m_pchData, pchText);
+    return nByteOrder == 0
                ? 0
-               : platform::_mbscmp(*platform::process_code_page(), m_pchData, pchText);
+               : platform::_mbscmp(*platform::process_code_page(), m_pchData, pchText, nByteOrder);
 }
 
 int Kelm::CompareNoCase(const char* pchText) const noexcept {

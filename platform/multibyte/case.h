@@ -13,8 +13,9 @@ void _mbslwr(const CodePage& page, char* text) noexcept;
 /// Reverses the characters in place; the bytes of a character keep their order.
 void _mbsrev(const CodePage& page, char* text) noexcept;
 
-/// Order of characters: a character counts as its bytes read as one number, first byte high.
-int _mbscmp(const CodePage& page, const char* left, const char* right) noexcept;
+/// Order of characters: a character counts as its bytes read as one number, first byte high. The
+/// bytes differ, in the order `byteOrder` as `strcmp` gives it.
+int _mbscmp(const CodePage& page, const char* left, const char* right, int byteOrder) noexcept;
 
 /// The same order with letters folded to lower case.
 int _mbsicmp(const CodePage& page, const char* left, const char* right) noexcept;

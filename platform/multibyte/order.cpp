@@ -245,11 +245,7 @@ bool is_same_by_library(const Fold& fold, const char* left, const char* right) {
 
 }  // namespace
 
-int _mbscmp(const CodePage& page, const char* left, const char* right) noexcept {
-    const int byteOrder = std::strcmp(left, right);
-    if (byteOrder == 0) {
-        return 0;
-    }
+int _mbscmp(const CodePage& page, const char* left, const char* right, int byteOrder) noexcept {
     switch (page.grouping) {
         case Grouping::SingleByte:
             return byteOrder;
