@@ -70,6 +70,12 @@ inline bool is_ascii_step(const char16_t* p) noexcept {
     return hit_bits((load_lanes(p) | load_lanes(p + 8)) > 0x7F) == 0;
 }
 
+/// Whether all of a step is.
+template <class Unit>
+inline bool is_ascii_long_step(const Unit* p) noexcept {
+    return !has_hit(any_in_step(p, load_lanes<kWideBytes, Unit>) > 0x7F);
+}
+
 /// How many of the next eight bytes stand in front of the first that is not ASCII.
 inline std::size_t ascii_of_eight(const char* p) noexcept {
     std::uint64_t bytes;
@@ -83,12 +89,8 @@ template <class Unit>
 inline std::size_t ascii_run(const Unit* p, std::size_t count) noexcept {
     constexpr std::size_t kLanes = Lanes<Unit>::kCount;
     std::size_t i = 0;
-    for (; i + 4 * kLanes <= count; i += 4 * kLanes) {
-        const auto all = load_lanes(p + i) | load_lanes(p + i + kLanes) |
-                         load_lanes(p + i + 2 * kLanes) | load_lanes(p + i + 3 * kLanes);
-        if (hit_bits(all > 0x7F) != 0) {
-            break;
-        }
+    while (i + kStepUnits<Unit> <= count && is_ascii_long_step(p + i)) {
+        i += kStepUnits<Unit>;
     }
     const auto first_other = [p](std::size_t at) {
         const std::uint64_t others = hit_bits(load_lanes(p + at) > 0x7F);

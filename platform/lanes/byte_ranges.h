@@ -13,8 +13,7 @@ inline constexpr std::size_t kFewBytes = 16;
 
 /// A set of bytes as single bytes and ranges of bytes, which whole registers can be compared with.
 class ByteRanges {
-    using Vector = Lanes<char>::Vector;
-    static constexpr std::ptrdiff_t kNarrow = Lanes<char>::kCount;
+    using Vector = WideLanes<char>::Vector;
 
 public:
     // Whether the members are few enough for that to be faster than looking bytes up.
@@ -43,55 +42,65 @@ public:
 
     void Take(const char* set, std::size_t count) {
         for (std::size_t i = 0; i < count; ++i) {
-            singles_[i] = splat_lanes(set[i]);
+            singles_[i] = splat_lanes<kWideBytes>(set[i]);
         }
         singleCount_ = static_cast<int>(count);
     }
 
-    std::uint64_t Members(Vector bytes) const {
-        Vector hits{};
-        for (int i = 0; i < singleCount_; ++i) {
-            hits |= reinterpret_cast<Vector>(bytes == singles_[i]);
-        }
-        for (int i = 0; i < rangeCount_; ++i) {
-            hits |= reinterpret_cast<Vector>(bytes - lows_[i] <= spans_[i]);
-        }
-        return hit_bits(hits);
+    // Bits of the members among 16 bytes.
+    std::uint64_t Members(Lanes<char>::Vector bytes) const {
+        decltype(bytes) hits[] = {{}};
+        AddMembers(&bytes, hits);
+        return hit_bits(hits[0]);
     }
 
-    // Bits of the members among 64 bytes.
-    std::uint64_t WideMembers(const char* p) const {
-        const Vector bytes[4] = {load_lanes(p), load_lanes(p + kNarrow),
-                                 load_lanes(p + 2 * kNarrow), load_lanes(p + 3 * kNarrow)};
-        Vector hits[4] = {};
-        for (int i = 0; i < singleCount_; ++i) {
-            for (int j = 0; j < 4; ++j) {
-                hits[j] |= reinterpret_cast<Vector>(bytes[j] == singles_[i]);
-            }
+    // Among those of a step.
+    std::uint64_t StepMembers(const char* p) const {
+        constexpr std::size_t kVectors = kStepUnits<char> / kWideBytes;
+        Vector bytes[kVectors];
+        for (std::size_t i = 0; i < kVectors; ++i) {
+            bytes[i] = load_lanes<kWideBytes>(p + i * kWideBytes);
         }
-        for (int i = 0; i < rangeCount_; ++i) {
-            for (int j = 0; j < 4; ++j) {
-                hits[j] |= reinterpret_cast<Vector>(bytes[j] - lows_[i] <= spans_[i]);
-            }
+        Vector hits[kVectors] = {};
+        AddMembers(bytes, hits);
+        std::uint64_t bits = 0;
+        for (std::size_t i = 0; i < kVectors; ++i) {
+            bits |= hit_bits(hits[i]) << i * kWideBytes;
         }
-        return (hit_bits(hits[0]) | hit_bits(hits[1]) << 16) |
-               (hit_bits(hits[2]) << 32 | hit_bits(hits[3]) << 48);
+        return bits;
     }
 
 private:
     static constexpr int kMaxSingles = kFewBytes;
     static constexpr int kMaxRanges = 6;
 
+    template <class Bytes, std::size_t kCount>
+    [[gnu::always_inline]] void AddMembers(const Bytes* bytes, Bytes (&hits)[kCount]) const {
+        for (int i = 0; i < singleCount_; ++i) {
+            const auto single = front_lanes<sizeof(Bytes)>(singles_[i]);
+            for (std::size_t j = 0; j < kCount; ++j) {
+                hits[j] |= reinterpret_cast<Bytes>(bytes[j] == single);
+            }
+        }
+        for (int i = 0; i < rangeCount_; ++i) {
+            const auto low = front_lanes<sizeof(Bytes)>(lows_[i]);
+            const auto span = front_lanes<sizeof(Bytes)>(spans_[i]);
+            for (std::size_t j = 0; j < kCount; ++j) {
+                hits[j] |= reinterpret_cast<Bytes>(bytes[j] - low <= span);
+            }
+        }
+    }
+
     bool Add(unsigned low, unsigned high) {
         if (low == high && singleCount_ < kMaxSingles) {
-            singles_[singleCount_++] = splat_lanes(static_cast<char>(low));
+            singles_[singleCount_++] = splat_lanes<kWideBytes>(static_cast<char>(low));
             return true;
         }
         if (rangeCount_ == kMaxRanges) {
             return false;
         }
-        lows_[rangeCount_] = splat_lanes(static_cast<char>(low));
-        spans_[rangeCount_++] = splat_lanes(static_cast<char>(high - low));
+        lows_[rangeCount_] = splat_lanes<kWideBytes>(static_cast<char>(low));
+        spans_[rangeCount_++] = splat_lanes<kWideBytes>(static_cast<char>(high - low));
         return true;
     }
 

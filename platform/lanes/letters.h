@@ -16,17 +16,18 @@ constexpr bool is_letter(Unit unit, Unit first) {
     return static_cast<typename Lanes<Unit>::Scalar>(unit - first) < kLetters;
 }
 
-template <class Unit>
-inline typename Lanes<Unit>::Vector letter_lanes(typename Lanes<Unit>::Vector units, Unit first) {
-    using Vector = typename Lanes<Unit>::Vector;
-    return reinterpret_cast<Vector>(units - splat_lanes(first) <
-                                    splat_lanes(static_cast<Unit>(kLetters)));
+/// Lanes of ones where such letters are among the units.
+template <class Unit, class Vector>
+inline Vector letter_lanes(Vector units, Unit first) {
+    return reinterpret_cast<Vector>(units - splat_lanes<sizeof units>(first) <
+                                    splat_lanes<sizeof units>(static_cast<Unit>(kLetters)));
 }
 
 /// The letters that begin with `first` in their other case, everything else as it is.
-template <class Unit>
-inline typename Lanes<Unit>::Vector turn_letters(typename Lanes<Unit>::Vector units, Unit first) {
-    return units ^ (letter_lanes<Unit>(units, first) & splat_lanes(static_cast<Unit>(kCaseBit)));
+template <class Unit, class Vector>
+inline Vector turn_letters(Vector units, Unit first) {
+    return units ^
+           (letter_lanes(units, first) & splat_lanes<sizeof units>(static_cast<Unit>(kCaseBit)));
 }
 
 }  // namespace platform

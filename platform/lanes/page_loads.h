@@ -9,8 +9,6 @@
 /// terminator, or in front of the text, but never at a page in which the text has no unit.
 namespace platform {
 
-inline constexpr std::uintptr_t kVectorBytes = sizeof(Lanes<char16_t>::Vector);
-
 /// Larger pages are multiples of it.
 inline constexpr std::uintptr_t kSmallestPage = 4096;
 
@@ -24,26 +22,32 @@ inline std::uintptr_t bytes_in_page(const char16_t* p) {
 }
 
 /// Whether a vector at `p` is all in one page.
+template <std::size_t kBytes = kNarrowBytes>
 inline bool is_in_one_page(const char16_t* p) {
-    return bytes_in_page(p) >= kVectorBytes;
+    return bytes_in_page(p) >= kBytes;
 }
 
 /// The sanitizers know the bounds of objects and not those of pages, so they are kept out; what
 /// lies outside the text must not decide anything.
-__attribute__((no_sanitize("address", "thread"))) inline Lanes<char16_t>::Vector load_in_page(
-    const char16_t* p) {
-    using Loaded __attribute__((vector_size(16), may_alias, aligned(2))) = std::uint16_t;
+template <std::size_t kBytes = kNarrowBytes>
+__attribute__((no_sanitize("address", "thread"))) inline typename Lanes<char16_t, kBytes>::Vector
+load_in_page(const char16_t* p) {
+    using Loaded __attribute__((vector_size(kBytes), may_alias, aligned(2))) = std::uint16_t;
     return *reinterpret_cast<const Loaded*>(p);
 }
 
-inline Lanes<char16_t>::Vector zero_lanes(Lanes<char16_t>::Vector units) {
-    return reinterpret_cast<Lanes<char16_t>::Vector>(units == 0);
+template <class Units>
+inline Units zero_lanes(Units units) {
+    return reinterpret_cast<Units>(units == 0);
 }
 
 /// The units that are equal, with 0 in the place of those that are not.
-inline Lanes<char16_t>::Vector load_common(const char16_t* left, const char16_t* right) {
-    const auto units = load_in_page(left);
-    return reinterpret_cast<Lanes<char16_t>::Vector>(units == load_in_page(right)) & units;
+template <std::size_t kBytes = kNarrowBytes>
+inline auto load_common(const char16_t* left, const char16_t* right) {
+    const auto units = load_in_page<kBytes>(left);
+    return reinterpret_cast<typename Lanes<char16_t, kBytes>::Vector>(units ==
+                                                                      load_in_page<kBytes>(right)) &
+           units;
 }
 
 /// Index of the first unit in a vector that differs or ends both texts, or all units of the vector.

@@ -57,25 +57,20 @@ private:
     Answer answers_[kSlots] = {};  // no character is two NULs
 };
 
-void fold_step(const Fold& fold, char* p) {
-    store_lanes(p, fold.Ascii(load_lanes(p)));
+template <std::size_t kBytes>
+void fold_lanes(const Fold& fold, char* p) {
+    store_lanes(p, fold.Ascii(load_lanes<kBytes>(p)));
 }
 
 // Folds whole vectors of ASCII from `p` on; gives the place behind them.
 char* fold_ascii_steps(const Fold& fold, char* p, const char* last) {
-    while (last - p >= 4 * kLanes) {
-        if (has_hit((load_lanes(p) | load_lanes(p + kLanes) | load_lanes(p + 2 * kLanes) |
-                     load_lanes(p + 3 * kLanes)) > 0x7F)) {
-            break;
+    while (last - p >= kStepUnits<char> && is_ascii_long_step(p)) {
+        for (const char* end = p + kStepUnits<char>; p != end; p += kWideBytes) {
+            fold_lanes<kWideBytes>(fold, p);
         }
-        fold_step(fold, p);
-        fold_step(fold, p + kLanes);
-        fold_step(fold, p + 2 * kLanes);
-        fold_step(fold, p + 3 * kLanes);
-        p += 4 * kLanes;
     }
     while (last - p >= kLanes && is_ascii_step(p)) {
-        fold_step(fold, p);
+        fold_lanes<kNarrowBytes>(fold, p);
         p += kLanes;
     }
     return p;

@@ -35,7 +35,8 @@ public:
     bool ReachesAscii() const noexcept;
 
     /// What `Byte` does where the fold is the usual one; bytes from 0x80 up stay.
-    Lanes<char>::Vector Ascii(Lanes<char>::Vector bytes) const noexcept {
+    template <class Bytes>
+    Bytes Ascii(Bytes bytes) const noexcept {
         return turn_letters(bytes, firstLetter_);
     }
 

@@ -93,6 +93,12 @@ Window window_at(const char* p) {
     return {load_lanes(p), load_lanes(p - 1), load_lanes(p - 2), load_lanes(p - 3)};
 }
 
+/// A mask of the lanes from `index` on.
+Bytes bytes_from(std::ptrdiff_t index) {
+    constexpr Bytes kIndexes{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+    return reinterpret_cast<Bytes>(kIndexes >= static_cast<unsigned char>(index));
+}
+
 struct Halves {
     std::uint64_t low;
     std::uint64_t high;
@@ -174,7 +180,7 @@ bool count_well_formed(const char* first, const char* last, std::size_t& units) 
     }
     if (p != last) {
         checker.Add(window_at(last - kStep),
-                    reinterpret_cast<SignedBytes>(lanes_from<char>(p + kStep - last)));
+                    reinterpret_cast<SignedBytes>(bytes_from(p + kStep - last)));
     }
     if (hit_bits(checker.bad) != 0 || ends_within_sequence(last)) {
         return false;

@@ -52,30 +52,27 @@ inline constexpr std::size_t kGlance = 16;
 template <class Unit, class Test>
 struct Probe {
     static constexpr std::ptrdiff_t kNarrow = Lanes<Unit>::kCount;
-    static constexpr std::ptrdiff_t kWide = 4 * kNarrow;
-    using Vector = typename Lanes<Unit>::Vector;
+    static constexpr std::ptrdiff_t kWide = kStepUnits<Unit>;
 
     Probe(const Unit* pattern, std::size_t a, std::size_t b)
         : first(a), second(b), firstTest(pattern[a]), secondTest(pattern[b]) {}
 
-    Vector At(const Unit* p) const { return firstTest(p + first) & secondTest(p + second); }
+    template <std::size_t kBytes = kNarrowBytes>
+    auto At(const Unit* p) const {
+        return firstTest.template At<kBytes>(p + first) &
+               secondTest.template At<kBytes>(p + second);
+    }
 
     /// A bit for each byte of the places from `p` on where both may be.
     std::uint64_t Hits(const Unit* p) const {
-        const Vector a = At(p);
-        const Vector b = At(p + kNarrow);
-        const Vector c = At(p + 2 * kNarrow);
-        const Vector d = At(p + 3 * kNarrow);
-        if (!has_hit((a | b) | (c | d))) {
-            return 0;
-        }
-        return (hit_bits(a) | hit_bits(b) << 16) | (hit_bits(c) << 32 | hit_bits(d) << 48);
+        const auto at = [this](const Unit* place) { return At<kWideBytes>(place); };
+        return has_hit(any_in_step(p, at)) ? bits_in_step(p, at) : 0;
     }
 
     bool HasFirst(const Unit* p) const {
-        p += first;
-        return has_hit((firstTest(p) | firstTest(p + kNarrow)) |
-                       (firstTest(p + 2 * kNarrow) | firstTest(p + 3 * kNarrow)));
+        return has_hit(any_in_step(p + first, [this](const Unit* place) {
+            return firstTest.template At<kWideBytes>(place);
+        }));
     }
 
     std::size_t first;
@@ -83,13 +80,6 @@ struct Probe {
     Test firstTest;
     Test secondTest;
 };
-
-/// Without the hits in front of `place`.
-template <class Unit>
-std::uint64_t hits_from(std::uint64_t hits, const Unit* block, const Unit* place) {
-    const auto done = (place - block) * static_cast<std::ptrdiff_t>(sizeof(Unit));
-    return hits >> done << done;
-}
 
 struct TwoOffsets {
     std::size_t first;
@@ -285,7 +275,7 @@ const Unit* AdaptiveSearch<Unit, Matcher>::NextInRest() {
     while (next_ != end_) {
         // The last block reaches back over places that are done.
         const Unit* const block = std::min(next_, end_ - Probing::kNarrow);
-        const std::uint64_t hits = hits_from(hit_bits(probe.At(block)), block, next_);
+        const std::uint64_t hits = hits_from<Unit>(hit_bits(probe.At(block)), next_ - block);
         const Unit* match = Match(hits, block);
         if (match != nullptr || way_ == Way::Linear) {
             return match;

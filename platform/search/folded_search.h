@@ -15,20 +15,25 @@ struct FoldedMatcher {
     /// The unit, its lower-case partner, and in 16-bit text everything beyond ASCII: the fold of
     /// that only the locale knows.
     class Test {
-        using Vector = typename Lanes<Unit>::Vector;
+        using Vector = typename WideLanes<Unit>::Vector;
 
     public:
         explicit Test(Unit upper)
-            : caseBit_(splat_lanes(static_cast<Unit>(is_letter(upper, Unit('A')) ? kCaseBit : 0))),
-              lower_(splat_lanes(upper) | caseBit_) {}
+            : caseBit_(splat_lanes<kWideBytes>(
+                  static_cast<Unit>(is_letter(upper, Unit('A')) ? kCaseBit : 0))),
+              lower_(splat_lanes<kWideBytes>(upper) | caseBit_) {}
 
-        Vector operator()(const Unit* p) const {
-            const Vector units = load_lanes(p);
-            const auto known = reinterpret_cast<Vector>((units | caseBit_) == lower_);
+        template <std::size_t kBytes>
+        auto At(const Unit* p) const {
+            const auto units = load_lanes<kBytes>(p);
+            using Mask = typename Lanes<Unit, kBytes>::Vector;
+            const auto known = reinterpret_cast<Mask>((units | front_lanes<kBytes>(caseBit_)) ==
+                                                      front_lanes<kBytes>(lower_));
             if constexpr (sizeof(Unit) == 1) {
                 return known;
+            } else {
+                return known | reinterpret_cast<Mask>(units > splat_lanes<kBytes>(Unit(0x7F)));
             }
-            return known | reinterpret_cast<Vector>(units > splat_lanes(Unit(0x7F)));
         }
 
     private:

@@ -22,7 +22,7 @@ constexpr std::ptrdiff_t kShort = 96;
 constexpr std::ptrdiff_t kTried = 32;
 
 constexpr std::ptrdiff_t kNarrow = Lanes<char>::kCount;
-constexpr std::ptrdiff_t kWide = 4 * kNarrow;
+constexpr std::ptrdiff_t kWide = kStepUnits<char>;
 
 const char* look_up(const char* p, const char* last, const bool* members, bool wanted) {
     const auto fits = [=](char byte) {
@@ -52,7 +52,7 @@ const char* look_up(const char* p, const char* last, const bool* members, bool w
 const char* find_in_blocks(const ByteRanges& ranges, const char* p, const char* last, bool wanted) {
     const std::uint64_t others = wanted ? 0 : ~std::uint64_t{0};
     for (; last - p >= kWide; p += kWide) {
-        if (const std::uint64_t hits = ranges.WideMembers(p) ^ others) {
+        if (const std::uint64_t hits = ranges.StepMembers(p) ^ others) {
             return p + first_hit<char>(hits);
         }
     }

@@ -10,22 +10,24 @@
 namespace platform {
 namespace {
 
-// Steps of four vectors after which a byte lane that loses up to four a step is still not full.
+// Steps after which a byte lane, which each of up to four vectors of a step takes one from, is
+// still not full.
 constexpr std::ptrdiff_t kStepsPerSum = 255 / 4;
+
+template <class Unit, class Vector>
+Vector any_equal(const Unit* p, Vector wanted) {
+    return any_in_step(p, [wanted](const Unit* q) { return lanes_equal(q, wanted); });
+}
 
 template <class Unit>
 const Unit* find_by_lanes(const Unit* first, const Unit* last, Unit unit) {
     constexpr std::ptrdiff_t kLanes = Lanes<Unit>::kCount;
-    const auto wanted = splat_lanes(unit);
+    const auto wideWanted = splat_lanes<kWideBytes>(unit);
     const Unit* p = first;
-    for (; last - p >= 4 * kLanes; p += 4 * kLanes) {
-        const auto any =
-            (lanes_equal(p, wanted) | lanes_equal(p + kLanes, wanted)) |
-            (lanes_equal(p + 2 * kLanes, wanted) | lanes_equal(p + 3 * kLanes, wanted));
-        if (has_hit(any)) {
-            break;
-        }
+    while (last - p >= kStepUnits<Unit> && !has_hit(any_equal(p, wideWanted))) {
+        p += kStepUnits<Unit>;
     }
+    const auto wanted = front_lanes<kNarrowBytes>(wideWanted);
     for (; last - p >= kLanes; p += kLanes) {
         if (const std::uint64_t hits = hit_bits(lanes_equal(p, wanted))) {
             return p + first_hit<Unit>(hits);
@@ -44,16 +46,12 @@ const Unit* find_by_lanes(const Unit* first, const Unit* last, Unit unit) {
 template <class Unit>
 const Unit* find_last_by_lanes(const Unit* first, const Unit* last, Unit unit) {
     constexpr std::ptrdiff_t kLanes = Lanes<Unit>::kCount;
-    const auto wanted = splat_lanes(unit);
+    const auto wideWanted = splat_lanes<kWideBytes>(unit);
     const Unit* p = last;
-    for (; p - first >= 4 * kLanes; p -= 4 * kLanes) {
-        const auto any =
-            (lanes_equal(p - kLanes, wanted) | lanes_equal(p - 2 * kLanes, wanted)) |
-            (lanes_equal(p - 3 * kLanes, wanted) | lanes_equal(p - 4 * kLanes, wanted));
-        if (has_hit(any)) {
-            break;
-        }
+    while (p - first >= kStepUnits<Unit> && !has_hit(any_equal(p - kStepUnits<Unit>, wideWanted))) {
+        p -= kStepUnits<Unit>;
     }
+    const auto wanted = front_lanes<kNarrowBytes>(wideWanted);
     for (; p - first >= kLanes; p -= kLanes) {
         if (const std::uint64_t hits = hit_bits(lanes_equal(p - kLanes, wanted))) {
             return p - kLanes + last_hit<Unit>(hits);
@@ -71,16 +69,28 @@ const Unit* find_last_by_lanes(const Unit* first, const Unit* last, Unit unit) {
     return nullptr;
 }
 
+// How often each lane of a vector is equal in the step at `p`, as a negative number.
+template <class Unit, class Vector>
+Vector step_sum(const Unit* p, Vector wanted) {
+    Vector sum{};
+    for (const Unit* q = p; q != p + kStepUnits<Unit>; q += WideLanes<Unit>::kCount) {
+        sum += lanes_equal(q, wanted);
+    }
+    return sum;
+}
+
 // Neighbours are added up in lanes of twice the width, which all sums have room in.
 template <class Vector>
 std::size_t lane_sum(Vector lanes) {
     constexpr int kBits = 8 * sizeof lanes[0];
     constexpr std::uint64_t kEven = ~std::uint64_t{0} / ((std::uint64_t{1} << kBits) + 1);
     constexpr std::uint64_t kOnes = ~std::uint64_t{0} / ((std::uint64_t{1} << 2 * kBits) - 1);
-    std::uint64_t words[2];
+    std::uint64_t words[sizeof lanes / sizeof(std::uint64_t)];
     std::memcpy(words, &lanes, sizeof words);
-    const std::uint64_t sums = (words[0] & kEven) + (words[0] >> kBits & kEven) +
-                               (words[1] & kEven) + (words[1] >> kBits & kEven);
+    std::uint64_t sums = 0;
+    for (const std::uint64_t word : words) {
+        sums += (word & kEven) + (word >> kBits & kEven);
+    }
     return static_cast<std::size_t>(sums * kOnes >> (64 - 2 * kBits));
 }
 
@@ -113,7 +123,6 @@ const Unit* find_last_unit(const Unit* first, const Unit* last, Unit unit) noexc
 template <class Unit>
 std::size_t count_unit(const Unit* first, const Unit* last, Unit unit) noexcept {
     constexpr std::ptrdiff_t kLanes = Lanes<Unit>::kCount;
-    const auto wanted = splat_lanes(unit);
     std::size_t count = 0;
     if (last - first < kLanes) {
         for (const Unit* p = first; p != last; ++p) {
@@ -121,46 +130,46 @@ std::size_t count_unit(const Unit* first, const Unit* last, Unit unit) noexcept 
         }
         return count;
     }
+    const auto wideWanted = splat_lanes<kWideBytes>(unit);
     const Unit* p = first;
-    while (last - p >= kLanes) {
+    while (last - p >= kStepUnits<Unit>) {
         // An equal lane reads as -1.
-        typename Lanes<Unit>::Vector sums{};
+        typename WideLanes<Unit>::Vector sums{};
         std::ptrdiff_t steps = kStepsPerSum;
-        for (; steps > 0 && last - p >= 4 * kLanes; --steps, p += 4 * kLanes) {
-            sums -= (lanes_equal(p, wanted) + lanes_equal(p + kLanes, wanted)) +
-                    (lanes_equal(p + 2 * kLanes, wanted) + lanes_equal(p + 3 * kLanes, wanted));
-        }
-        for (; steps > 0 && last - p >= kLanes; --steps, p += kLanes) {
-            sums -= lanes_equal(p, wanted);
+        for (; steps > 0 && last - p >= kStepUnits<Unit>; --steps, p += kStepUnits<Unit>) {
+            sums -= step_sum(p, wideWanted);
         }
         count += lane_sum(sums);
     }
+    const auto wanted = front_lanes<kNarrowBytes>(wideWanted);
+    typename Lanes<Unit>::Vector sums{};
+    for (; last - p >= kLanes; p += kLanes) {
+        sums -= lanes_equal(p, wanted);
+    }
     // The last block reaches back over units that are counted.
-    const auto rest = lanes_from<Unit>(kLanes - (last - p));
-    const std::uint64_t hits = hit_bits(rest & lanes_equal(last - kLanes, wanted));
-    return count + static_cast<std::size_t>(std::popcount(hits)) / sizeof(Unit);
+    const std::uint64_t hits =
+        hits_from<Unit>(hit_bits(lanes_equal(last - kLanes, wanted)), kLanes - (last - p));
+    return count + lane_sum(sums) + static_cast<std::size_t>(std::popcount(hits)) / sizeof(Unit);
 }
 
 template <class Unit>
 std::size_t replace_unit(Unit* first, Unit* last, Unit from, Unit to) noexcept {
-    constexpr std::ptrdiff_t kLanes = Lanes<Unit>::kCount;
-    const auto wanted = splat_lanes(from);
-    const auto change = splat_lanes(static_cast<Unit>(from ^ to));
-    const auto hits = [wanted](const Unit* p) { return lanes_equal(p, wanted); };
+    constexpr std::ptrdiff_t kLanes = WideLanes<Unit>::kCount;
+    const auto wanted = splat_lanes<kWideBytes>(from);
+    const auto change = splat_lanes<kWideBytes>(static_cast<Unit>(from ^ to));
     std::size_t count = 0;
     Unit* p = first;
-    while (last - p >= 4 * kLanes) {
-        typename Lanes<Unit>::Vector sums{};
+    while (last - p >= kStepUnits<Unit>) {
+        typename WideLanes<Unit>::Vector sums{};
         std::ptrdiff_t steps = kStepsPerSum;
-        for (; steps > 0 && last - p >= 4 * kLanes; --steps, p += 4 * kLanes) {
+        for (; steps > 0 && last - p >= kStepUnits<Unit>; --steps, p += kStepUnits<Unit>) {
             // Without a hit nothing is stored, which keeps cache lines clean.
-            if (!has_hit((hits(p) | hits(p + kLanes)) |
-                         (hits(p + 2 * kLanes) | hits(p + 3 * kLanes)))) {
+            if (!has_hit(any_equal<Unit>(p, wanted))) {
                 continue;
             }
-            for (Unit* q = p; q != p + 4 * kLanes; q += kLanes) {
-                const auto found = hits(q);
-                store_lanes(q, load_lanes<Unit>(q) ^ (found & change));
+            for (Unit* q = p; q != p + kStepUnits<Unit>; q += kLanes) {
+                const auto found = lanes_equal(q, wanted);
+                store_lanes(q, load_lanes<kWideBytes>(q) ^ (found & change));
                 sums -= found;
             }
         }

@@ -183,7 +183,7 @@ std::size_t count_short_text(const Unit* first, const Unit* end, const Unit* tex
     for (const Unit* block = first; end - block >= kWide; block += kWide) {
         std::uint64_t hits = probe.Hits(block);
         while (hits != 0 && next - block < kWide) {
-            hits = hits_from(hits, block, std::max(block, next));
+            hits = hits_from<Unit>(hits, std::max(block, next) - block);
             const Unit* match = quick_match(hits, block, text, size);
             if (match == nullptr) {
                 break;

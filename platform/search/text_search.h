@@ -23,11 +23,15 @@ template <class Unit>
 struct ExactMatcher {
     class Test {
     public:
-        explicit Test(Unit unit) : unit_(splat_lanes(unit)) {}
-        auto operator()(const Unit* p) const { return lanes_equal(p, unit_); }
+        explicit Test(Unit unit) : unit_(splat_lanes<kWideBytes>(unit)) {}
+
+        template <std::size_t kBytes>
+        auto At(const Unit* p) const {
+            return lanes_equal(p, front_lanes<kBytes>(unit_));
+        }
 
     private:
-        typename Lanes<Unit>::Vector unit_;
+        typename WideLanes<Unit>::Vector unit_;
     };
 
     static unsigned Rank(Unit unit) { return commonness(unit); }

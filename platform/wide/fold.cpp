@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "lanes/ascii_runs.h"
 #include "lanes/compaction.h"
 #include "lanes/letters.h"
 #include "lanes/page_loads.h"
@@ -14,6 +15,7 @@ namespace platform {
 namespace {
 
 using Units = Lanes<char16_t>::Vector;
+using WideUnits = WideLanes<char16_t>::Vector;
 constexpr std::ptrdiff_t kLanes = Lanes<char16_t>::kCount;
 constexpr char16_t kFirstNonAscii = 0x80;
 
@@ -89,20 +91,12 @@ private:
     std::optional<Folds> answers_;
 };
 
-// Folds from the start on, as long as four vectors hold nothing but ASCII; gives where it stopped.
+// Folds from the start on, as long as a step holds nothing but ASCII; gives where it stopped.
 char16_t* fold_ascii(char16_t* first, char16_t* last, char16_t firstLetter) {
-    for (; last - first >= 4 * kLanes; first += 4 * kLanes) {
-        Units vectors[4];
-        Units all{};
-        for (std::ptrdiff_t i = 0; i < 4; ++i) {
-            vectors[i] = load_lanes(first + i * kLanes);
-            all |= vectors[i];
-        }
-        if (has_hit(reinterpret_cast<Units>(all >= splat_lanes(kFirstNonAscii)))) {
-            break;
-        }
-        for (std::ptrdiff_t i = 0; i < 4; ++i) {
-            store_lanes(first + i * kLanes, turn_letters(vectors[i], firstLetter));
+    constexpr std::ptrdiff_t kStep = kStepUnits<char16_t>;
+    for (; last - first >= kStep && is_ascii_long_step(first); first += kStep) {
+        for (char16_t* p = first; p != first + kStep; p += WideLanes<char16_t>::kCount) {
+            store_lanes(p, turn_letters(load_lanes<kWideBytes>(p), firstLetter));
         }
     }
     return first;
@@ -188,11 +182,11 @@ char16_t* remove_members(char16_t* first, char16_t* last, Members members) {
 }
 
 // Lanes of ones where the units are equal, or the two cases of one letter.
-Units alike_lanes(Units left, Units right, Units caseBit) {
-    const Units difference = left ^ right;
-    return reinterpret_cast<Units>(difference == 0) |
-           (reinterpret_cast<Units>(difference == caseBit) &
-            letter_lanes(left | splat_lanes<char16_t>(kCaseBit), u'a'));
+WideUnits alike_lanes(WideUnits left, WideUnits right, WideUnits caseBit) {
+    const WideUnits difference = left ^ right;
+    return reinterpret_cast<WideUnits>(difference == 0) |
+           (reinterpret_cast<WideUnits>(difference == caseBit) &
+            letter_lanes(left | splat_lanes<kWideBytes>(char16_t{kCaseBit}), u'a'));
 }
 
 class FoldedComparison {
@@ -201,22 +195,22 @@ public:
 
     int Run() {
         while (!Decides()) {
-            left_ += kLanes;
-            right_ += kLanes;
+            left_ += WideLanes<char16_t>::kCount;
+            right_ += WideLanes<char16_t>::kCount;
         }
         return result_;
     }
 
 private:
     bool Decides() {
-        if (is_in_one_page(left_) && is_in_one_page(right_)) {
+        if (is_in_one_page<kWideBytes>(left_) && is_in_one_page<kWideBytes>(right_)) {
             return VectorDecides();
         }
         std::ptrdiff_t i = 0;
-        while (i < kLanes && !UnitDecides(i)) {
+        while (i < WideLanes<char16_t>::kCount && !UnitDecides(i)) {
             ++i;
         }
-        return i < kLanes;
+        return i < WideLanes<char16_t>::kCount;
     }
 
     bool VectorDecides() {
@@ -231,9 +225,9 @@ private:
     }
 
     std::uint64_t OpenLanes() const {
-        const Units left = load_in_page(left_);
-        return hit_bits(~alike_lanes(left, load_in_page(right_), caseBit_) |
-                        reinterpret_cast<Units>(left == 0));
+        const WideUnits left = load_in_page<kWideBytes>(left_);
+        return hit_bits(~alike_lanes(left, load_in_page<kWideBytes>(right_), caseBit_) |
+                        reinterpret_cast<WideUnits>(left == 0));
     }
 
     bool UnitDecides(std::ptrdiff_t i) {
@@ -242,7 +236,8 @@ private:
         }
         if (!fold_) {
             fold_.emplace(Folder::Lower());
-            caseBit_ = splat_lanes(fold_->IsUsualForAscii() ? char16_t{kCaseBit} : u'\0');
+            caseBit_ =
+                splat_lanes<kWideBytes>(fold_->IsUsualForAscii() ? char16_t{kCaseBit} : u'\0');
         }
         result_ = (*fold_)(left_[i]) - (*fold_)(right_[i]);
         return result_ != 0 || left_[i] == 0 || right_[i] == 0;
@@ -253,7 +248,7 @@ private:
     int result_ = 0;
     // The case does not count before a difference has shown that it has to be asked for.
     std::optional<Folder> fold_;
-    Units caseBit_{};
+    WideUnits caseBit_{};
 };
 
 }  // namespace

@@ -17,8 +17,9 @@ constexpr std::ptrdiff_t kBlockUnits = 64;
 // In bytes; blocks may lie anywhere, but those of a left text so aligned are gone through faster.
 constexpr std::uintptr_t kBlockAlignment = 32;
 
-inline Units load_zero_lanes(const char16_t* p) {
-    return zero_lanes(load_in_page(p));
+template <std::size_t kBytes = kNarrowBytes>
+inline auto load_zero_lanes(const char16_t* p) {
+    return zero_lanes(load_in_page<kBytes>(p));
 }
 
 // Goes on by a vector's worth of units at most; true if it met a difference or the end, at `at`.
@@ -47,9 +48,9 @@ std::ptrdiff_t units_in_pages(const char16_t* left, const char16_t* right) {
 std::ptrdiff_t end_in_blocks(const char16_t* left, const char16_t* right, std::ptrdiff_t blocks) {
     std::ptrdiff_t at = 0;
     for (; blocks > 0; --blocks, at += kBlockUnits) {
-        Units ends{};
-        for (std::ptrdiff_t i = 0; i < kBlockUnits; i += kLanes) {
-            ends |= zero_lanes(load_common(left + at + i, right + at + i));
+        WideLanes<char16_t>::Vector ends{};
+        for (std::ptrdiff_t i = 0; i < kBlockUnits; i += WideLanes<char16_t>::kCount) {
+            ends |= zero_lanes(load_common<kWideBytes>(left + at + i, right + at + i));
         }
         if (has_hit(ends)) {
             break;
@@ -112,17 +113,16 @@ inline Units reversed(Units units) {
 }  // namespace
 
 std::size_t wcslen(const char16_t* text) noexcept {
-    constexpr std::uintptr_t kStepBytes = 4 * kVectorBytes;
+    constexpr std::ptrdiff_t kStep = kStepUnits<char16_t>;
     const auto skipped =
-        static_cast<std::ptrdiff_t>(address_of(text) % kVectorBytes / sizeof(char16_t));
+        static_cast<std::ptrdiff_t>(address_of(text) % kNarrowBytes / sizeof(char16_t));
     const char16_t* p = text - skipped;
-    std::uint64_t ends = hit_bits(load_zero_lanes(p) & lanes_from<char16_t>(skipped));
+    std::uint64_t ends = hits_from<char16_t>(hit_bits(load_zero_lanes(p)), skipped);
     while (ends == 0) {
         p += kLanes;
-        if (address_of(p) % kStepBytes == 0) {
-            while (!has_hit(load_zero_lanes(p) | load_zero_lanes(p + kLanes) |
-                            load_zero_lanes(p + 2 * kLanes) | load_zero_lanes(p + 3 * kLanes))) {
-                p += 4 * kLanes;
+        if (address_of(p) % (kStep * sizeof(char16_t)) == 0) {
+            while (!has_hit(any_in_step(p, load_zero_lanes<kWideBytes>))) {
+                p += kStep;
             }
         }
         ends = hit_bits(load_zero_lanes(p));
