@@ -3,7 +3,7 @@ target_compile_options(kelm_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconver
     $<$<BOOL:${KELM_WERROR}>:-Werror>)
 # Vectors pass between inline functions only, so it does not matter how a processor without vector
 # registers would hand them over.
-target_compile_options(kelm_warnings INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-psabi>)
+target_compile_options(kelm_warnings INTERFACE -Wno-psabi)
 # The standard library's own stable sort uses what it declares as deprecated, and clang++ tells.
 target_compile_options(kelm_warnings INTERFACE
     $<$<CXX_COMPILER_ID:Clang>:-Wno-deprecated-declarations>)

@@ -111,7 +111,8 @@ void TryFormats(unsigned long count, unsigned long seed) {
         for (unsigned char& byte : bytes) {
             byte = static_cast<unsigned char>(random() >> 32);
         }
-        const std::string fault = calls::check(bytes, 1 + random() % sizeof bytes);
+        const auto size = static_cast<std::size_t>(1 + random() % sizeof bytes);
+        const std::string fault = calls::check(bytes, size);
         Expect(fault.empty(), [&] { return "call " + std::to_string(n) + ": " + fault; });
     }
     std::setlocale(LC_ALL, "C");
