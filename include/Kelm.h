@@ -1187,11 +1187,8 @@ public:
     KELM_INLINE WString& operator<<(int nValue) KELM_LIFETIMEBOUND {
         return *this << static_cast<long>(nValue);
     }
-    /// Appends the digits.
-    KELM_INLINE WString& operator<<(unsigned int nValue) KELM_LIFETIMEBOUND {
-        return *this << static_cast<long>(nValue);
-    }
-    WString& operator<<(long nValue) KELM_LIFETIMEBOUND;  ///< Appends the digits.
+    WString& operator<<(unsigned int nValue) KELM_LIFETIMEBOUND;  ///< Appends the digits.
+    WString& operator<<(long nValue) KELM_LIFETIMEBOUND;          ///< Appends the digits.
 
     /// @}
     /// @name Searching

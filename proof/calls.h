@@ -136,9 +136,13 @@ inline void AddInteger(Call& call, Input& input, const Conversion& conversion, c
     static constexpr long long kEnds[] = {0,       1,       -1,         99,        -12345,
                                           INT_MAX, INT_MIN, 4294967295, INT64_MAX, INT64_MIN};
     const unsigned choice = input.Byte();
-    const auto value = choice % 2 == 0 ? kEnds[choice / 2 % std::size(kEnds)]
-                                       : input.Take<long long>() >> choice / 2 % 64;
+    auto value = choice % 2 == 0 ? kEnds[choice / 2 % std::size(kEnds)]
+                                 : input.Take<long long>() >> choice / 2 % 64;
     const Type type = prefix[1] == std::string("ll") ? Type::Int64 : Type::Int;
+    // Where `long` has 32 bits the C library prints nothing for a wide "%0lld" of 0.
+    if (sizeof(long) == sizeof(int) && type == Type::Int64 && value == 0) {
+        value = 1;
+    }
     call.arguments.push_back(MakeInteger(type, value));
 }
 

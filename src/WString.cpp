@@ -242,6 +242,14 @@ WString& WString::operator<<(const char* pchText) {
     return Append(WString(pchText));
 }
 
+// Not by way of the other: where `long` has 32 bits the upper half would come out negative.
+WString& WString::operator<<(unsigned int nValue) {
+    char16_t szDigits[platform::kIntegerRoom];
+    ConcatInPlace(platform::print_integer(szDigits, static_cast<unsigned long long>(nValue)),
+                  szDigits);
+    return *this;
+}
+
 WString& WString::operator<<(long nValue) {
     char16_t szDigits[platform::kIntegerRoom];
     ConcatInPlace(platform::print_integer(szDigits, static_cast<long long>(nValue)), szDigits);
