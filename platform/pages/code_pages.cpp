@@ -45,55 +45,11 @@ struct Page {
     const LeadBytes* leads = nullptr;
 };
 
-// By number. The converter is also a codeset name of the page. Numbers below 20000 that stand
-// beside a 20xxx with the same converter are the maker's own name of that EBCDIC page; 930 to 939
-// and 1364 to 1399 are EBCDIC with shifts between single and double bytes.
+// The converter is also a codeset name of the page. 930 to 939 and 1364 to 1399 are EBCDIC with
+// shifts between single and double bytes.
 constexpr Page kPages[] = {
-    {37, "IBM037"},
-    {38, "IBM038"},
-    {256, "IBM256"},
-    {273, "IBM273"},
-    {274, "IBM274"},
-    {275, "IBM275"},
-    {277, "IBM277"},
-    {278, "IBM278"},
-    {280, "IBM280"},
-    {281, "IBM281"},
-    {284, "IBM284"},
-    {285, "IBM285"},
-    {290, "IBM290"},
-    {297, "IBM297"},
-    {420, "IBM420"},
-    {423, "IBM423"},
-    {424, "IBM424"},
-    {437, "IBM437"},
-    {500, "IBM500"},
     {737, "CP737"},
     {775, "CP775"},
-    {803, "IBM803"},
-    {850, "IBM850"},
-    {851, "IBM851"},
-    {852, "IBM852"},
-    {855, "IBM855"},
-    {856, "IBM856"},
-    {857, "IBM857"},
-    {858, "IBM858"},
-    {860, "IBM860"},
-    {861, "IBM861"},
-    {862, "IBM862"},
-    {863, "IBM863"},
-    {864, "IBM864"},
-    {865, "IBM865"},
-    {866, "IBM866"},
-    {868, "IBM868"},
-    {869, "IBM869"},
-    {870, "IBM870"},
-    {871, "IBM871"},
-    {874, "IBM874"},
-    {875, "IBM875"},
-    {880, "IBM880"},
-    {905, "IBM905"},
-    {918, "IBM918"},
     {930, "IBM930", Grouping::Other},
     {932, "CP932", Grouping::DoubleByte, &kShiftJisLeads},
     {933, "IBM933", Grouping::Other},
@@ -103,35 +59,6 @@ constexpr Page kPages[] = {
     {939, "IBM939", Grouping::Other},
     {949, "CP949", Grouping::DoubleByte, &kWideLeads},
     {950, "BIG5", Grouping::DoubleByte, &kWideLeads},
-    {1025, "IBM1025"},
-    {1026, "IBM1026"},
-    {1047, "IBM1047"},
-    {1097, "IBM1097"},
-    {1112, "IBM1112"},
-    {1122, "IBM1122"},
-    {1123, "IBM1123"},
-    {1130, "IBM1130"},
-    {1132, "IBM1132"},
-    {1137, "IBM1137"},
-    {1140, "IBM1140"},
-    {1141, "IBM1141"},
-    {1142, "IBM1142"},
-    {1143, "IBM1143"},
-    {1144, "IBM1144"},
-    {1145, "IBM1145"},
-    {1146, "IBM1146"},
-    {1147, "IBM1147"},
-    {1148, "IBM1148"},
-    {1149, "IBM1149"},
-    {1153, "IBM1153"},
-    {1154, "IBM1154"},
-    {1155, "IBM1155"},
-    {1156, "IBM1156"},
-    {1157, "IBM1157"},
-    {1158, "IBM1158"},
-    {1160, "IBM1160"},
-    {1164, "IBM1164"},
-    {1166, "IBM1166"},
     {1250, "CP1250"},
     {1251, "CP1251"},
     {1252, "CP1252"},
@@ -149,22 +76,7 @@ constexpr Page kPages[] = {
     {1399, "IBM1399", Grouping::Other},
     {10000, "MACINTOSH"},
     {20127, "ASCII"},
-    {20273, "IBM273"},
-    {20277, "IBM277"},
-    {20278, "IBM278"},
-    {20280, "IBM280"},
-    {20284, "IBM284"},
-    {20285, "IBM285"},
-    {20290, "IBM290"},
-    {20297, "IBM297"},
-    {20420, "IBM420"},
-    {20423, "IBM423"},
-    {20424, "IBM424"},
     {20866, "KOI8-R"},
-    {20871, "IBM871"},
-    {20880, "IBM880"},
-    {20905, "IBM905"},
-    {21025, "IBM1025"},
     {21866, "KOI8-U"},
     {28591, "ISO-8859-1"},
     {28592, "ISO-8859-2"},
@@ -187,7 +99,34 @@ constexpr Page kPages[] = {
     {54936, "GB18030", Grouping::Other},
     {65001, "UTF-8", Grouping::Utf8},
 };
-constexpr std::size_t kPageCount = std::size(kPages);
+
+// Pages of single bytes, most of them EBCDIC, whose converter is "IBM" and the number in three
+// digits or more.
+constexpr unsigned int kIbmPages[] = {
+    37,   38,   256,  273,  274,  275,  277,  278,  280,  281,  284,  285,  290,  297,  420,
+    423,  424,  437,  500,  803,  850,  851,  852,  855,  856,  857,  858,  860,  861,  862,
+    863,  864,  865,  866,  868,  869,  870,  871,  874,  875,  880,  905,  918,  1025, 1026,
+    1047, 1097, 1112, 1122, 1123, 1130, 1132, 1137, 1140, 1141, 1142, 1143, 1144, 1145, 1146,
+    1147, 1148, 1149, 1153, 1154, 1155, 1156, 1157, 1158, 1160, 1164, 1166};
+
+// Those of them that are known by a number that is 20000 higher, too.
+constexpr unsigned int kTwiceNumbered[] = {273, 277, 278, 280, 284, 285, 290, 297,
+                                           420, 423, 424, 871, 880, 905, 1025};
+
+constexpr auto kIbmNames = [] {
+    std::array<std::array<char, sizeof "IBM1025">, std::size(kIbmPages)> names{};
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        std::string_view("IBM").copy(names[i].data(), 3);
+        char* end = names[i].data() + (kIbmPages[i] < 1000 ? 6 : 7);
+        for (unsigned int rest = kIbmPages[i]; end != names[i].data() + 3; rest /= 10) {
+            *--end = static_cast<char>('0' + rest % 10);
+        }
+    }
+    return names;
+}();
+
+constexpr std::size_t kPageCount =
+    std::size(kPages) + std::size(kIbmPages) + std::size(kTwiceNumbered);
 
 struct CodesetName {
     std::string_view name;
@@ -210,13 +149,25 @@ constexpr CodesetName kOtherNames[] = {
 
 constinit PageTables pageTables[kPageCount];
 
+// By number.
 constexpr std::array<CodePage, kPageCount> kRows = [] {
     std::array<CodePage, kPageCount> rows{};
-    for (std::size_t i = 0; i < kPageCount; ++i) {
-        const Page& page = kPages[i];
-        rows[i] = {page.number, page.grouping, page.converter,
-                   page.leads != nullptr ? page.leads->is : nullptr, &pageTables[i]};
+    std::size_t count = 0;
+    const auto add = [&](const Page& page) {
+        rows[count] = {page.number, page.grouping, page.converter,
+                       page.leads != nullptr ? page.leads->is : nullptr, &pageTables[count]};
+        ++count;
+    };
+    for (const Page& page : kPages) {
+        add(page);
     }
+    for (std::size_t i = 0; i < std::size(kIbmPages); ++i) {
+        add({kIbmPages[i], kIbmNames[i].data()});
+        if (std::ranges::find(kTwiceNumbered, kIbmPages[i]) != std::end(kTwiceNumbered)) {
+            add({20000 + kIbmPages[i], kIbmNames[i].data()});
+        }
+    }
+    std::ranges::sort(rows, {}, &CodePage::number);
     return rows;
 }();
 
@@ -226,9 +177,6 @@ constexpr const CodePage* row_of(unsigned int number) {
         [](const CodePage& page, unsigned int wanted) { return page.number < wanted; });
     return row != kRows.end() && row->number == number ? row : nullptr;
 }
-
-static_assert(std::is_sorted(std::begin(kPages), std::end(kPages),
-                             [](const Page& a, const Page& b) { return a.number < b.number; }));
 
 struct Codeset {
     std::string_view name;
