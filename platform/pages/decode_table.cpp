@@ -23,25 +23,20 @@ struct Release {
 };
 using OwnedTable = std::unique_ptr<DecodeTable, Release>;
 
-/// Fills a table by asking the converter for every sequence on its own. What returns false found
-/// that the page does not fit the form of a table.
+/// Fills a table by asking the converter for every sequence on its own.
 class Builder {
 public:
     Builder(const CodePage& page, Converter& converter, DecodeTable& table)
         : page_(page), converter_(converter), table_(table) {}
 
+    /// False where the page does not fit the form of a table.
     bool Build() {
         AddFours();
-        std::size_t root = 0;
-        if (!AddRow(root) || !FillRow(root, 0)) {
-            return false;
-        }
+        FillRow(AddRow(), 0);
         Correct();
-        if (!AddBadLeads()) {
-            return false;
-        }
+        AddBadLeads();
         Describe();
-        return true;
+        return fits_;
     }
 
 private:
@@ -50,10 +45,11 @@ private:
 
     Answer Ask(std::size_t length) { return convert_alone<4, wchar_t>(converter_, bytes_, length); }
 
-    bool AddRow(std::size_t& row) {
+    std::size_t AddRow() {
         constexpr std::size_t kAtOnce = 32;
         if (rowCount_ == DecodeTable::kMaxRows) {
-            return false;
+            fits_ = false;
+            return 0;
         }
         if (rowCount_ % kAtOnce == 0) {
             void* rows =
@@ -63,62 +59,51 @@ private:
             }
             table_.rows = static_cast<DecodeTable::Row*>(rows);
         }
-        row = rowCount_++;
-        for (char16_t& entry : table_.rows[row]) {
+        for (char16_t& entry : table_.rows[rowCount_]) {
             entry = DecodeTable::kUndefined;
         }
-        return true;
+        return rowCount_++;
     }
 
     /// The row for the byte behind a prefix of `depth` bytes.
-    bool FillRow(std::size_t row, std::size_t depth) {
-        for (unsigned int byte = 0; byte < 256; ++byte) {
+    void FillRow(std::size_t row, std::size_t depth) {
+        for (unsigned int byte = 0; fits_ && byte < 256; ++byte) {
             bytes_[depth] = static_cast<char>(byte);
-            char16_t entry = DecodeTable::kUndefined;
-            if (!FindEntry(depth + 1, entry)) {
-                return false;
-            }
+            const char16_t entry = Entry(depth + 1);  // may move the rows
             table_.rows[row][byte] = entry;
         }
-        return true;
     }
 
-    bool FindEntry(std::size_t length, char16_t& entry) {
+    char16_t Entry(std::size_t length) {
         const Answer answer = Ask(length);
         if (answer.error == EINVAL) {
-            return Descend(length, entry);
+            return Descend(length);
         }
         if (answer.error != 0) {
-            return true;
+            return DecodeTable::kUndefined;
         }
         const auto code = static_cast<char32_t>(answer.units[0]);
-        if (answer.count != 1 || is_surrogate(code)) {
-            return false;
-        }
-        return code < 0x10000 ? (entry = static_cast<char16_t>(code), true)
-                              : AddAstral(code, entry);
+        fits_ = answer.count == 1 && !is_surrogate(code);
+        return code < 0x10000 ? static_cast<char16_t>(code) : AddAstral(code);
     }
 
-    bool Descend(std::size_t length, char16_t& entry) {
+    char16_t Descend(std::size_t length) {
         if (length == 2 && page_.number == gb18030::kNumber) {
-            entry = DecodeTable::kFour;
-            return true;
+            return DecodeTable::kFour;
         }
-        std::size_t row = 0;
-        if (length + 1 == kMaxSequence || !AddRow(row)) {
-            return false;
-        }
-        entry = static_cast<char16_t>(DecodeTable::kNextRow + row);
-        return FillRow(row, length);
+        fits_ = length + 1 < kMaxSequence;
+        const std::size_t row = AddRow();
+        FillRow(row, length);
+        return static_cast<char16_t>(DecodeTable::kNextRow + row);
     }
 
-    bool AddAstral(char32_t code, char16_t& entry) {
+    char16_t AddAstral(char32_t code) {
         if (table_.astralCount == DecodeTable::kMaxAstral) {
-            return false;
+            fits_ = false;
+            return DecodeTable::kUndefined;
         }
-        entry = static_cast<char16_t>(DecodeTable::kAstral + table_.astralCount);
-        table_.astral[table_.astralCount++] = code;
-        return true;
+        table_.astral[table_.astralCount] = code;
+        return static_cast<char16_t>(DecodeTable::kAstral + table_.astralCount++);
     }
 
     void AddFours() {
@@ -142,9 +127,9 @@ private:
     void Correct() {
         corrections::for_each(page_.number, [this](unsigned int lead, unsigned int trail,
                                                    char16_t unit, bool overrides) {
-            std::size_t row = 0;
-            if (lead != 0 && !FindRowBehind(lead, row)) {
-                return;
+            const std::size_t row = lead != 0 ? RowBehind(lead) : 0;
+            if (row >= rowCount_) {
+                return;  // the byte is a character by itself
             }
             char16_t& entry = table_.rows[row][trail];
             if (overrides || entry == DecodeTable::kUndefined) {
@@ -153,36 +138,28 @@ private:
         });
     }
 
-    /// Made if need be; none behind what is a character of one byte.
-    bool FindRowBehind(unsigned int lead, std::size_t& row) {
-        const char16_t entry = table_.rows[0][lead];
-        if (entry != DecodeTable::kUndefined) {
-            row = entry - std::size_t{DecodeTable::kNextRow};
-            return row < rowCount_;
+    std::size_t RowBehind(unsigned int lead) {
+        if (table_.rows[0][lead] == DecodeTable::kUndefined) {
+            SetNextRow(lead, AddRow());
         }
-        if (!AddRow(row)) {
-            return false;
-        }
+        return table_.rows[0][lead] - std::size_t{DecodeTable::kNextRow};
+    }
+
+    void SetNextRow(std::size_t lead, std::size_t row) {
         table_.rows[0][lead] = static_cast<char16_t>(DecodeTable::kNextRow + row);
-        return true;
     }
 
     /// A lead byte takes the next byte even where the page has no characters for it.
-    bool AddBadLeads() {
-        std::size_t row = 0;
+    void AddBadLeads() {
         if (page_.leadBytes == nullptr) {
-            return true;
+            return;
         }
-        if (!AddRow(row)) {
-            return false;
-        }
+        const std::size_t row = AddRow();
         for (std::size_t byte = 0; byte < 256; ++byte) {
-            char16_t& entry = table_.rows[0][byte];
-            if (page_.leadBytes[byte] && entry == DecodeTable::kUndefined) {
-                entry = static_cast<char16_t>(DecodeTable::kNextRow + row);
+            if (page_.leadBytes[byte] && table_.rows[0][byte] == DecodeTable::kUndefined) {
+                SetNextRow(byte, row);
             }
         }
-        return true;
     }
 
     void Describe() {
@@ -198,6 +175,7 @@ private:
     const CodePage& page_;
     Converter& converter_;
     DecodeTable& table_;
+    bool fits_ = true;
     std::size_t rowCount_ = 0;
     char bytes_[kMaxSequence] = {};
 };
