@@ -491,20 +491,16 @@ int Kelm::ReplaceOnce(const Kelm& upper, int nNew, const char* pchNew) {
     const int nLength = GetLength();
     Kelm folded(m_pchData, nLength);
     fold_segments(page, folded.GetBuffer(0), nLength);
-    const auto hits = [&] {
-        return platform::TextHits(page, folded.m_pchData, folded.m_pchData + nLength, upper,
-                                  static_cast<std::size_t>(nOld));
-    };
-    int nHits = 0;
-    for (auto counted = hits(); counted.Next() != nullptr;) {
-        ++nHits;
-    }
+    const char* pchLast = folded.m_pchData + nLength;
+    const std::size_t nSize = static_cast<std::size_t>(nOld);
+    const int nHits =
+        static_cast<int>(platform::count_text(page, folded.m_pchData, pchLast, upper, nSize));
     Kelm text;
     text.AllocBuffer(
         storage::checked_length(nLength + (static_cast<long long>(nNew) - nOld) * nHits));
     char* pchWrite = text.m_pchData;
     const char* pchRead = m_pchData;
-    auto found = hits();
+    platform::TextHits found(page, folded.m_pchData, pchLast, upper, nSize);
     while (const char* pchHit = found.Next()) {
         const char* pchOld = m_pchData + (pchHit - folded.m_pchData);
         pchWrite = storage::carry<char>(pchWrite, pchRead, pchOld);

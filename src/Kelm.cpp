@@ -750,7 +750,7 @@ bool Kelm::IsDigit() const noexcept {
 }
 
 bool Kelm::IsDigit(int nIndex) const noexcept {
-    return platform::isdigit(m_pchData[nIndex]);
+    return platform::ByteClass::Digit().Has(m_pchData[nIndex]);
 }
 
 bool Kelm::IsAlNum() const noexcept {
@@ -758,7 +758,7 @@ bool Kelm::IsAlNum() const noexcept {
 }
 
 bool Kelm::IsAlNum(int nIndex) const noexcept {
-    return platform::isalnum(m_pchData[nIndex]);
+    return platform::ByteClass::AlNum().Has(m_pchData[nIndex]);
 }
 
 bool Kelm::IsAlpha() const noexcept {
@@ -766,7 +766,7 @@ bool Kelm::IsAlpha() const noexcept {
 }
 
 bool Kelm::IsAlpha(int nIndex) const noexcept {
-    return platform::isalpha(m_pchData[nIndex]);
+    return platform::ByteClass::Alpha().Has(m_pchData[nIndex]);
 }
 
 bool Kelm::IsUpper() const noexcept {
@@ -774,7 +774,7 @@ bool Kelm::IsUpper() const noexcept {
 }
 
 bool Kelm::IsUpper(int nIndex) const noexcept {
-    return platform::isupper(m_pchData[nIndex]);
+    return platform::ByteClass::Upper().Has(m_pchData[nIndex]);
 }
 
 bool Kelm::IsLower() const noexcept {
@@ -782,7 +782,7 @@ bool Kelm::IsLower() const noexcept {
 }
 
 bool Kelm::IsLower(int nIndex) const noexcept {
-    return platform::islower(m_pchData[nIndex]);
+    return platform::ByteClass::Lower().Has(m_pchData[nIndex]);
 }
 
 bool Kelm::IsSpace() const noexcept {
@@ -790,7 +790,7 @@ bool Kelm::IsSpace() const noexcept {
 }
 
 bool Kelm::IsSpace(int nIndex) const noexcept {
-    return platform::isspace(m_pchData[nIndex]);
+    return platform::ByteClass::Space().Has(m_pchData[nIndex]);
 }
 
 int Kelm::Compare(const char* pchText) const noexcept {

@@ -28,11 +28,11 @@ public:
     PairFold(const CodePage& page, const Fold& fold) : page_(page), fold_(fold) {}
 
     void operator()(char* p) {
-        const std::uint16_t pair = Load(p);
+        const auto pair = load_word<std::uint16_t>(p);
         Answer& answer = answers_[(pair ^ pair >> 6) % kSlots];
         if (answer.pair != pair) {
             fold_character(page_, fold_, p, 2);
-            answer = {pair, Load(p)};
+            answer = {pair, load_word<std::uint16_t>(p)};
             return;
         }
         std::memcpy(p, &answer.folded, sizeof answer.folded);
@@ -45,12 +45,6 @@ private:
         std::uint16_t pair;
         std::uint16_t folded;
     };
-
-    static std::uint16_t Load(const char* p) {
-        std::uint16_t pair;
-        std::memcpy(&pair, p, sizeof pair);
-        return pair;
-    }
 
     const CodePage& page_;
     const Fold& fold_;
@@ -134,12 +128,6 @@ void fold_text(const CodePage& page, const Fold& fold, char* text) {
     }
 }
 
-std::uint64_t load_word(const char* p) {
-    std::uint64_t word;
-    std::memcpy(&word, p, sizeof word);
-    return word;
-}
-
 void store_word(char* p, std::uint64_t word) {
     std::memcpy(p, &word, sizeof word);
 }
@@ -162,8 +150,8 @@ bool reverse_few(char* first, char* last) {
         std::reverse(first, last);
         return isAscii;
     }
-    const std::uint64_t front = load_word(first);
-    const std::uint64_t back = load_word(last - 8);
+    const auto front = load_word<std::uint64_t>(first);
+    const auto back = load_word<std::uint64_t>(last - 8);
     store_word(first, __builtin_bswap64(back));
     store_word(last - 8, __builtin_bswap64(front));
     return isAscii;

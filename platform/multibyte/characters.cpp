@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "lanes/ascii_runs.h"
 #include "lanes/byte_ranges.h"
 #include "pages/utf8_walk.h"
 #include "search/member_scan.h"
@@ -20,10 +21,6 @@ namespace {
 // A set of more bytes than this is worth a table where there is much text to look at.
 constexpr std::size_t kSmallSet = 6;
 constexpr std::ptrdiff_t kLongText = 512;
-
-bool is_ascii(char byte) {
-    return static_cast<unsigned char>(byte) < 0x80;
-}
 
 // How many bytes the character at `p` has, of which `room` may be read.
 std::size_t length_by_locale(const char* p, std::size_t room) {
@@ -305,13 +302,7 @@ const char* _mbsstr(const CodePage& page, const char* first, const char* last, c
     if (count == 0 || starts_anywhere(page, *text)) {
         return find_text(first, last, text, count);
     }
-    Boundaries boundaries(page, first, last);
-    TextSearch<char> search(first, last, text, count);
-    const char* hit = search.Next();
-    while (hit != nullptr && !boundaries.Has(hit)) {
-        hit = search.Next();
-    }
-    return hit;
+    return TextHits(page, first, last, text, count).Next();
 }
 
 TextHits::TextHits(const CodePage& page, const char* first, const char* last, const char* text,
@@ -386,16 +377,8 @@ const char* _mbsinc(const CodePage& page, const char* p) noexcept {
     return *p == '\0' ? p : p + _mbclen(page, p);
 }
 
-int _mbsnbcmp(const char* left, const char* right, std::size_t count) noexcept {
-    return std::strncmp(left, right, count);
-}
-
 bool _ismbcspace(unsigned int value) noexcept {
     return value <= UCHAR_MAX && std::isspace(static_cast<int>(value)) != 0;
-}
-
-bool _ismbcdigit(unsigned int value) noexcept {
-    return value >= '0' && value <= '9';
 }
 
 ByteSet::ByteSet(const CodePage& page, const char* set) noexcept : has() {

@@ -95,14 +95,8 @@ std::size_t _mbclen(const CodePage& page, const char* p) noexcept;
 /// The character behind the one at `p`. Stays on a NUL that terminates the text.
 const char* _mbsinc(const CodePage& page, const char* p) noexcept;
 
-/// Compares the first `count` bytes, ending at a NUL; 0 when equal.
-int _mbsnbcmp(const char* left, const char* right, std::size_t count) noexcept;
-
 /// Whether the value is one byte of white space in the process's locale.
 bool _ismbcspace(unsigned int value) noexcept;
-
-/// Whether the value is a decimal digit: U+0030 to U+0039 in every locale.
-bool _ismbcdigit(unsigned int value) noexcept;
 
 /// Which single bytes are characters of a terminated set.
 struct ByteSet {

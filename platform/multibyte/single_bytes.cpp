@@ -28,38 +28,6 @@ bool take_ranges(ByteClass members, ByteRanges& ranges) {
 
 }  // namespace
 
-bool isspace(char byte) noexcept {
-    return ByteClass::Space().Has(byte);
-}
-
-bool ispunct(char byte) noexcept {
-    return ByteClass::Punctuation().Has(byte);
-}
-
-bool iscntrl(char byte) noexcept {
-    return ByteClass::Control().Has(byte);
-}
-
-bool isdigit(char byte) noexcept {
-    return ByteClass::Digit().Has(byte);
-}
-
-bool isalnum(char byte) noexcept {
-    return ByteClass::AlNum().Has(byte);
-}
-
-bool isalpha(char byte) noexcept {
-    return ByteClass::Alpha().Has(byte);
-}
-
-bool isupper(char byte) noexcept {
-    return ByteClass::Upper().Has(byte);
-}
-
-bool islower(char byte) noexcept {
-    return ByteClass::Lower().Has(byte);
-}
-
 char toupper(char byte) noexcept {
     return static_cast<char>((*__ctype_toupper_loc())[static_cast<unsigned char>(byte)]);
 }

@@ -4,19 +4,11 @@
 /// as an unsigned value, never as a negative one.
 namespace platform {
 
-bool isspace(char byte) noexcept;
-bool ispunct(char byte) noexcept;
-bool iscntrl(char byte) noexcept;
-bool isdigit(char byte) noexcept;
-bool isalnum(char byte) noexcept;
-bool isalpha(char byte) noexcept;
-bool isupper(char byte) noexcept;
-bool islower(char byte) noexcept;
 char toupper(char byte) noexcept;
 char tolower(char byte) noexcept;
 
-/// One class of the locale for a walk over many bytes: taken once, then a load a byte. Good until
-/// the locale changes.
+/// A class of the locale. For a walk over many bytes it is taken once, then a load a byte; good
+/// until the locale changes.
 class ByteClass {
 public:
     static ByteClass Space() noexcept;

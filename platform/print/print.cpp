@@ -130,7 +130,7 @@ private:
         const std::size_t limit =
             conversion.Has(kPrecision) ? static_cast<std::size_t>(conversion.precision) : SIZE_MAX;
         if (conversion.pointer == nullptr) {
-            PutPadded(conversion, kNullText.data(), std::min(kNullText.size(), limit));
+            PutPadded(conversion, kNullText.substr(0, limit));
         } else if (conversion.isWide == kIsWide) {
             PutOwnText(conversion, static_cast<const Unit*>(conversion.pointer), limit);
         } else {
@@ -148,10 +148,10 @@ private:
         PadRight(conversion, length);
     }
 
-    void PutPadded(const Conversion& conversion, const char* text, std::size_t length) {
-        PadLeft(conversion, length);
-        sink_.PutAscii(text, length);
-        PadRight(conversion, length);
+    void PutPadded(const Conversion& conversion, std::string_view text) {
+        PadLeft(conversion, text.size());
+        sink_.PutAscii(text.data(), text.size());
+        PadRight(conversion, text.size());
     }
 
     void PutInteger(const Conversion& conversion) {
@@ -193,8 +193,7 @@ private:
         if (conversion.pointer != nullptr) {
             PutInteger(conversion);
         } else {
-            constexpr std::size_t kLength = 5;
-            PutPadded(conversion, "(nil)", kLength);
+            PutPadded(conversion, "(nil)");
         }
     }
 

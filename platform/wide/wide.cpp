@@ -168,15 +168,6 @@ int wcscmp(const char16_t* left, const char16_t* right) noexcept {
     return left[at] - right[at];
 }
 
-int wcsncmp(const char16_t* left, const char16_t* right, std::size_t count) noexcept {
-    for (std::size_t i = 0; i < count; ++i) {
-        if (left[i] != right[i] || left[i] == 0) {
-            return left[i] - right[i];
-        }
-    }
-    return 0;
-}
-
 void _wcsrev(char16_t* text) noexcept {
     char16_t* last = text + wcslen(text);
     for (; last - text >= 2 * kLanes; text += kLanes) {

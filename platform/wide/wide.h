@@ -42,7 +42,6 @@ const char16_t* wcspbrk(const char16_t* first, const char16_t* last, const char1
 
 /// Order of unsigned units.
 int wcscmp(const char16_t* left, const char16_t* right) noexcept;
-int wcsncmp(const char16_t* left, const char16_t* right, std::size_t count) noexcept;
 
 /// Order of units folded to lower case.
 int _wcsicmp(const char16_t* left, const char16_t* right) noexcept;

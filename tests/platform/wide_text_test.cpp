@@ -17,13 +17,6 @@ namespace {
 const char* const kLocales[] = {"C", "en_US.UTF-8", "de_DE.ISO-8859-1", "ja_JP.SHIFT_JIS",
                                 "tr_TR.UTF-8"};
 
-TEST(WideText, IsComparedUpToACount) {
-    EXPECT_EQ(platform::wcsncmp(u"I64d", u"I64u", 3), 0);
-    EXPECT_LT(platform::wcsncmp(u"I6", u"I64", 3), 0);
-    EXPECT_GT(platform::wcsncmp(u"\u8000", u"a", 1), 0);
-    EXPECT_EQ(platform::wcsncmp(u"a", u"a", 9), 0);
-}
-
 // Every unit but NUL: in order, and so that those which share the low byte follow each other. Then
 // ASCII of several lengths, with and without long runs of letters.
 std::vector<std::u16string> Samples() {
